@@ -1,0 +1,45 @@
+# How every target of this project is compiled. The arithmetic switches are part of the product: the decoder gives
+# the same results natively and as a 32-bit Windows program only with SSE2 maths and without contraction.
+
+add_library(orva_compile_options INTERFACE)
+target_compile_features(orva_compile_options INTERFACE cxx_std_20)
+target_include_directories(orva_compile_options INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_options(
+    orva_compile_options
+    INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror
+              -msse2 -mfpmath=sse -ffp-contract=off)
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    # clang has no other floating-point unit to choose from on x86-64.
+    target_compile_options(orva_compile_options INTERFACE -Wno-unused-command-line-argument)
+endif()
+
+if(WIN32)
+    # A Windows caller keeps the stack aligned to 4 bytes only.
+    target_compile_options(orva_compile_options INTERFACE -mstackrealign)
+    target_link_options(orva_compile_options INTERFACE -static -static-libgcc -static-libstdc++)
+endif()
+
+if(ORVA_SANITIZE)
+    target_compile_options(
+        orva_compile_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
+                                       -fno-omit-frame-pointer)
+    target_link_options(orva_compile_options INTERFACE -fsanitize=address,undefined)
+endif()
+if(ORVA_FUZZ)
+    target_compile_options(orva_compile_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+# orva_library(NAME SOURCES ... [LINK ...]): one room of the house as a static library.
+function(orva_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC orva_compile_options ${ARG_LINK})
+endfunction()
+
+# orva_test(NAME SOURCES ... [LINK ...]): a GoogleTest program, one entry of ctest.
+function(orva_test name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE orva_compile_options ${ARG_LINK} GTest::gtest_main)
+    add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
+endfunction()
