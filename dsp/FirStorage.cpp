@@ -2,23 +2,16 @@
 
 #include <algorithm>
 #include <limits>
-#include <new>
+#include <utility>
 
 namespace orva::dsp {
 namespace {
 
-constexpr std::size_t kAlignment = 16;
 /// Taps per pass of the inner loops.
 constexpr std::int32_t kTapsPerPass = 4;
 
 constexpr std::int32_t RoundUp(std::int32_t count) {
     return (count + kTapsPerPass - 1) & ~(kTapsPerPass - 1);
-}
-
-float* AlignUp(std::byte* memory) {
-    const auto address = reinterpret_cast<std::uintptr_t>(memory);
-    const std::uintptr_t excess = address % kAlignment;
-    return reinterpret_cast<float*>(memory + (excess == 0 ? 0 : kAlignment - excess));
 }
 
 /// The parts of a filter's state that follow from its geometry, and the entries that its two arrays need.
@@ -71,18 +64,14 @@ bool FirStorage::Allocate(const FirGeometry& geometry) {
         return false;
     }
     Layout layout = LayoutFor(geometry);
-    const std::uint64_t entries = static_cast<std::uint64_t>(layout.tapEntries + layout.historyEntries);
-    const std::uint64_t bytes = entries * static_cast<std::uint64_t>(channels) * sizeof(float) + kAlignment;
-    if (bytes > std::numeric_limits<std::size_t>::max() / 2) {
+    const auto entries = static_cast<std::uint64_t>(layout.tapEntries + layout.historyEntries);
+    AlignedBlock fresh =
+        AlignedBlock::Allocate(entries * static_cast<std::uint64_t>(channels) * sizeof(float));
+    if (!fresh) {
         return false;
     }
-    std::unique_ptr<std::byte[]> fresh(new (std::nothrow) std::byte[static_cast<std::size_t>(bytes)]);
-    if (fresh == nullptr) {
-        return false;
-    }
-    std::fill_n(fresh.get(), bytes, std::byte{0});
     // Both arrays keep the alignment: each holds a multiple of four entries.
-    layout.state.taps = AlignUp(fresh.get());
+    layout.state.taps = fresh.Floats();
     layout.state.delayLine = layout.state.taps + channels * layout.tapEntries;
     state = layout.state;
     interpolation = static_cast<std::int32_t>(geometry.interpolation);

@@ -1,10 +1,11 @@
 /// Memory of a filter's run-time half: taps and history in one block, aligned to 16 bytes.
 #pragma once
 
+#include "dsp/AlignedBlock.h"
 #include "dsp/FirKernels.h"
 
 #include <cstddef>
-#include <memory>
+#include <cstdint>
 
 namespace orva::dsp {
 
@@ -25,7 +26,7 @@ public:
     /// and history kept, when there is not enough memory.
     bool Allocate(const FirGeometry& geometry);
 
-    bool IsAllocated() const { return block != nullptr; }
+    bool IsAllocated() const { return static_cast<bool>(block); }
 
     /// Narrows `length` taps to f32 and stores them in the layout that the kernels of this geometry read.
     /// resetPosition  also puts `position`, and when interpolating the sub-filter in use, to their start
@@ -50,7 +51,7 @@ private:
 
     int channels;
     std::int32_t interpolation = 1;
-    std::unique_ptr<std::byte[]> block;
+    AlignedBlock block;
     std::size_t historyFloats = 0; ///< of `delayLine`, its padding included
 };
 
