@@ -1,0 +1,62 @@
+/// Decoding of whole inputs, one after another.
+#pragma once
+
+#include "audio/WaveFileReader.h"
+#include "tools/orva-decode/CallLog.h"
+#include "tools/orva-decode/Outputs.h"
+#include "tools/orva-decode/ProgressBar.h"
+#include "tools/orva-decode/Receiver.h"
+
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace orva::tools {
+
+/// Decodes inputs into the same outputs and prints what it found. Each input has a receiver of its own. A
+/// fault is told in one line on standard error.
+class DecodeJob {
+public:
+    /// `sinks` must outlive the job; `summary` is where the summary for a person goes.
+    DecodeJob(Outputs& sinks, std::FILE* summary) : outputs(sinks), report(summary) {}
+
+    /// A WAV file, "-" meaning standard input. False if it, or a part of it, could not be decoded.
+    bool DecodeWave(const std::string& path);
+
+    /// Raw 16-bit samples of `rate` Hz from standard input.
+    bool DecodeRaw(std::uint32_t rate);
+
+    /// Dibit text, "-" meaning standard input; white space is passed over.
+    bool DecodeDibits(const std::string& path);
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    /// What is known while one input is being decoded.
+    struct Run {
+        Run(DecodeJob& job, const std::string& name);
+
+        std::string name;
+        std::vector<Call> calls; ///< the first ones, for the summary event
+        CallLog log;
+        Receiver receiver;
+        Clock::time_point start = Clock::now();
+    };
+
+    bool FeedWave(audio::WaveFileReader& reader, Run& run);
+    bool FeedDibitFile(std::FILE* file, Run& run);
+    void Finish(Run& run);
+    void PrintCall(const Call& call, std::uint64_t number);
+    void PrintTotals(const Run& run, double wallSeconds);
+
+    Outputs& outputs;
+    std::FILE* report;
+    ProgressBar progress;
+};
+
+/// True for the rates of intermediate-frequency recordings, 48000 and 64000 Hz.
+bool IsSupportedRate(std::uint32_t rate);
+
+} // namespace orva::tools
