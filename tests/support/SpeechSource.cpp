@@ -29,7 +29,7 @@ constexpr Phoneme kSh = {{}, 2200.0};
 constexpr Phoneme kF = {{}, 1200.0};
 constexpr Phoneme kVowels[] = {kA, kE, kI, kO, kU};
 
-constexpr double kLoud = 9.5; // octaves of a vowel at low frequency; its first formant lies about one higher
+constexpr double kLoud = 9.0; // octaves of a vowel at low frequency; its first formant lies about two higher
 
 int PitchCodeOf(double hertz) {
     return std::clamp(static_cast<int>(std::lround(2.0 * kSampleRateHz / hertz - 39.5)), 0, kPitchCodes - 1);
@@ -51,7 +51,7 @@ double Resonance(double hertz, double centreHz, double widthHz) {
 }
 
 double VoicedOctaves(const Phoneme& phoneme, double hertz) {
-    const double glottisAndLips = -0.5 * std::log2(1.0 + (hertz / 200.0) * (hertz / 200.0));
+    const double glottisAndLips = -0.5 * std::log2(1.0 + (hertz / 400.0) * (hertz / 400.0));
     return glottisAndLips + Resonance(hertz, phoneme.formantsHz[0], 80.0) +
            Resonance(hertz, phoneme.formantsHz[1], 110.0) + Resonance(hertz, phoneme.formantsHz[2], 160.0) +
            Resonance(hertz, 3500.0, 250.0);

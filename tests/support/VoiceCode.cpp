@@ -170,8 +170,7 @@ int PredictionFactor(int harmonics) {
 class PlaneWalk {
 public:
     explicit PlaneWalk(int harmonics)
-        : lengths(AllocationOf(harmonics)),
-          plane(*std::max_element(lengths.begin(), lengths.end())) {
+        : lengths(AllocationOf(harmonics)), plane(*std::max_element(lengths.begin(), lengths.end())) {
         SkipShortFields();
     }
 
