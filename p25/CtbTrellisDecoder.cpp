@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 namespace orva::p25 {
 
@@ -20,9 +21,9 @@ std::uint32_t CtbTrellisDecoder::Decode(const std::uint8_t* symbols, std::uint32
     if (dibits == nullptr) {
         return 0;
     }
-    for (int i = 0; i < kStates; ++i) {
-        current[i] = TrellisPath{};
-        next[i].metric = kEmpty;
+    current->fill(TrellisPath{});
+    for (TrellisPath& path : *next) {
+        path.metric = kEmpty;
     }
     totalErrors = 0;
 
@@ -35,7 +36,7 @@ std::uint32_t CtbTrellisDecoder::Decode(const std::uint8_t* symbols, std::uint32
         }
     }
     const TrellisPath* best =
-        std::min_element(current, current + kStates,
+        std::min_element(current->begin(), current->end(),
                          [](const TrellisPath& a, const TrellisPath& b) { return a.metric < b.metric; });
     const std::uint32_t rest = count - written;
     std::copy_n(best->decisions + (TrellisPath::kMemory - rest), rest, dibits + written);
@@ -45,13 +46,13 @@ std::uint32_t CtbTrellisDecoder::Decode(const std::uint8_t* symbols, std::uint32
 /// One step of the Viterbi algorithm; returns the oldest decision of the path that is best now.
 std::uint8_t CtbTrellisDecoder::Advance(std::uint8_t symbol) {
     std::uint32_t bestMetric = kEmpty;
-    const TrellisPath* bestPath = &current[0];
-    for (const TrellisPath& path : current) {
+    const TrellisPath* bestPath = &current->front();
+    for (const TrellisPath& path : *current) {
         const std::uint8_t state = path.decisions[TrellisPath::kMemory - 1];
         for (std::uint8_t input = 0; input < kStates; ++input) {
             const auto difference = static_cast<unsigned>(kTrellisOutput[state][input] ^ symbol);
             const std::uint32_t metric = path.metric + static_cast<std::uint32_t>(std::popcount(difference));
-            TrellisPath& survivor = next[input];
+            TrellisPath& survivor = (*next)[input];
             if (metric >= survivor.metric) {
                 continue; // ties keep the earlier candidate
             }
@@ -66,12 +67,12 @@ std::uint8_t CtbTrellisDecoder::Advance(std::uint8_t symbol) {
     }
     // Normalised at every step: the best metric is 0 and `totalErrors` keeps the sum.
     totalErrors += bestMetric;
-    for (TrellisPath& path : next) {
+    for (TrellisPath& path : *next) {
         path.metric -= bestMetric;
     }
     const std::uint8_t oldest = bestPath->decisions[0];
-    std::swap_ranges(current, current + kStates, next);
-    for (TrellisPath& path : next) {
+    std::swap(current, next);
+    for (TrellisPath& path : *next) {
         path.metric = kEmpty;
     }
     return oldest;

@@ -3,6 +3,7 @@
 
 #include "dsp/CtbSampleBlock.h"
 
+#include <array>
 #include <cstdint>
 
 namespace orva::p25 {
@@ -19,6 +20,10 @@ struct TrellisPath {
 /// Decodes blocks of four-bit symbols to dibits. Any input decodes; errors show only in the count.
 class CtbTrellisDecoder {
 public:
+    CtbTrellisDecoder() = default;
+    CtbTrellisDecoder(const CtbTrellisDecoder&) = delete;
+    CtbTrellisDecoder& operator=(const CtbTrellisDecoder&) = delete;
+
     /// Decodes `count` symbols, 0..15 each, to as many dibits, the last of them the flush dibit. Returns
     /// `count`, or 0 for a null argument or without memory.
     std::uint32_t Decode(const std::uint8_t* symbols, std::uint32_t count);
@@ -32,8 +37,11 @@ private:
 
     std::uint8_t Advance(std::uint8_t symbol);
 
-    TrellisPath current[kStates];
-    TrellisPath next[kStates];
+    using Survivors = std::array<TrellisPath, kStates>;
+
+    Survivors survivors[2];
+    Survivors* current = &survivors[0]; ///< before a step
+    Survivors* next = &survivors[1];    ///< after it; the two swap at each step
     std::uint32_t totalErrors = 0;
     dsp::CtbBasicSampleBlock<std::uint8_t> output;
 };
