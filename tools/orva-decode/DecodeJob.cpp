@@ -123,6 +123,7 @@ bool DecodeJob::DecodeRaw(std::uint32_t rate) {
     bool whole = true;
     for (; count > 0 && whole; count = std::fread(block.data(), sizeof(block[0]), block.size(), file)) {
         whole = run.receiver.FeedSamples(block.data(), count);
+        outputs.events.Flush(); // the samples may come live
         progress.Update(0, 0, run.receiver.GetSeconds());
     }
     Finish(run);

@@ -69,6 +69,12 @@ bool EventWriter::Close() {
     return !failed;
 }
 
+void EventWriter::Flush() {
+    if (file != nullptr) {
+        failed = std::fflush(file) != 0 || failed;
+    }
+}
+
 nlohmann::ordered_json EventWriter::Begin(const char* event, double time) const {
     nlohmann::ordered_json json = {{"event", event}, {"time", Rounded(time)}};
     if (!inputName.empty()) {

@@ -21,6 +21,9 @@ public:
     /// Writes to `path`, "-" meaning standard output. False if that cannot be opened.
     bool Open(const std::string& path);
 
+    /// Hands on what has been written so far, for whoever reads along.
+    void Flush();
+
     /// Completes the file; false if a write has failed.
     bool Close();
     ~EventWriter() { Close(); }
