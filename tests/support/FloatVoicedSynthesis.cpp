@@ -17,6 +17,8 @@ constexpr int kCycleMask = 0x7FFF;                // Q15 cycles
 constexpr double kCycle = 32768.0;
 constexpr double kBufferLimit = 131072.0; // 32 bits, a sample step being 2^14
 constexpr int kUnityGain = 32768;
+// A fading table is multiplied in 16 of the buffer's 32 bits: in units of four sample steps, cut down.
+constexpr double kFadeGrain = 4.0;
 
 double CyclesPerSample(int fundamental) {
     return std::ldexp(fundamental, -19);
@@ -171,7 +173,9 @@ int FloatVoicedSynthesis::AddTable(std::span<double> buffer, int phase, int incr
         const auto index = static_cast<std::size_t>(phase >> 16);
         const double fraction = (phase & 0xFFFF) / 65536.0;
         const double value = table[index] + fraction * (table[index + 1] - table[index]);
-        AddWithinBuffer(sum, value * gain / kUnityGain);
+        const bool isFading = gainStep != 0;
+        AddWithinBuffer(sum,
+                        isFading ? kFadeGrain * std::floor(value / kFadeGrain) * gain / kUnityGain : value);
         phase += increment;
         gain += gainStep;
     }

@@ -274,7 +274,13 @@ double QuantiserStep(int bits, int deviation) {
 }
 
 double Dequantise(int code, int bits, int deviation) {
-    return bits == 0 ? 0.0 : (code + 0.5 - std::ldexp(0.5, bits)) * QuantiserStep(bits, deviation);
+    if (bits == 0) {
+        return 0.0;
+    }
+    // Not an error of rounding: the decoder cuts, and the cuts of many fields and frames add up in the
+    // prediction.
+    const double value = (code + 0.5 - std::ldexp(0.5, bits)) * QuantiserStep(bits, deviation);
+    return std::floor(kUnitsPerOctave * value) / kUnitsPerOctave;
 }
 
 int BlockStart(int block, int harmonics) {

@@ -58,7 +58,8 @@ int CoefficientDeviation(int coefficient);
 /// Distance of neighbouring values of a field of `bits` bits, octaves. bits  1..12
 double QuantiserStep(int bits, int deviation);
 
-/// Value of `code` in a field of `bits` bits, octaves; 0 for a field without bits.
+/// Value of `code` in a field of `bits` bits, octaves, cut down to the decoder's steps of 2^-11 octave; 0 for
+/// a field without bits.
 double Dequantise(int code, int bits, int deviation);
 
 /// First harmonic, counted from 0, of block 0..5; block 6 gives the number of harmonics.

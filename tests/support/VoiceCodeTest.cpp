@@ -75,9 +75,7 @@ TEST(VoiceCode, DequantiseAgreesWithTheIntegerFormula) {
             const int deviation = GainDeviation(coefficient);
             for (int code = 0; code < 1 << bits; ++code) {
                 const int expected = DequantiseInteger(code, bits, deviation, stepOfWidth[bits]);
-                // The integer is cut, the real number is not.
-                const double actual = 2048.0 * Dequantise(code, bits, deviation);
-                ASSERT_EQ(static_cast<int>(std::floor(actual)), expected)
+                ASSERT_EQ(2048.0 * Dequantise(code, bits, deviation), expected)
                     << "bits " << bits << " coefficient " << coefficient << " code " << code;
             }
         }
