@@ -22,9 +22,9 @@ enum class CallEnding { None, Terminator, TerminatorWithLinkControl };
 struct CallDescription {
     unsigned networkAccessCode = 0x293;
     bool withHeader = true;
-    HeaderFields header;
-    LinkControl link;
-    EncryptionSync encryption;
+    HeaderFields header = {};
+    LinkControl link = {};
+    EncryptionSync encryption = {};
     LowSpeedData lowSpeedData = {};
     int superframes = 1; ///< LDU1 and LDU2 each; 360 ms
     CallEnding ending = CallEnding::Terminator;
@@ -36,10 +36,10 @@ struct SentFrame {
     unsigned dataUnit = 0;
     std::size_t firstDibit = 0; ///< place of its sync in the transmission
     std::size_t dibitCount = 0; ///< with sync and status symbols
-    std::optional<HeaderFields> header;
-    std::optional<LinkControl> link;
-    std::optional<EncryptionSync> encryption;
-    std::vector<VoiceBits> voice;
+    std::optional<HeaderFields> header = {};
+    std::optional<LinkControl> link = {};
+    std::optional<EncryptionSync> encryption = {};
+    std::vector<VoiceBits> voice = {};
 };
 
 /// Frames one behind the other as dibit text, with a list of what was sent.
