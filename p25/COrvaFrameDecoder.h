@@ -2,10 +2,12 @@
 #pragma once
 
 #include "dsp/CtbSampleBlock.h"
+#include "p25/ChannelTable.h"
 #include "p25/CtbReedSolomon.h"
 #include "p25/CtbTrellisDecoder.h"
 #include "p25/Fifo.h"
 #include "p25/IFrameObserver.h"
+#include "p25/TrunkingBlock.h"
 #include "p25/TrunkingRecord.h"
 #include "voice/ImbeDecoder.h"
 
@@ -79,6 +81,16 @@ public:
     /// records stay queued.
     std::unique_ptr<std::uint8_t[]> TakeRecords(std::uint32_t* byteSize);
 
+    /// Where the receiver is tuned [Hz], all ones when not known. Drops the queued records: they belong to
+    /// the old frequency. Channel identifiers learned there are dropped when the next message needs them.
+    void SetTunedFrequency(std::uint32_t hz);
+
+    /// Channel identifiers learned from the air; they survive `Reset`.
+    const ChannelTable& GetChannelTable() const { return channelTable; }
+
+    /// Name of a trunking message, "Unknown" for an opcode without one.
+    static const char* GetMessageName(std::uint8_t opcode);
+
     /// Dibits of the present `Decode` call not yet read; of use to an observer that wants to know where it
     /// is.
     std::int32_t GetInputLeft() const { return inputLeft; }
@@ -134,7 +146,7 @@ private:
     bool SkipTerminator(std::int32_t length);
     void QueueRecord(const TrunkingRecord& record);
 
-    // Headers, signalling words and voice (FrameBodies.cpp).
+    // Headers, signalling words and voice (COrvaFrameDecoderVoice.cpp).
     bool ReadHeader();
     void DecodeHeader();
     bool ReadLdu(State kind);
@@ -151,16 +163,16 @@ private:
     bool ObtainBlock();
     void DestroyReadyBlocks();
 
-    // Trunking signalling (TrunkingBlocks.cpp).
+    // Trunking signalling (COrvaFrameDecoderTrunking.cpp).
     bool ReadTrunking();
     bool SeekAfterTrunking();
     void DecodeTrunkingBlock();
+    void HandleTrunkingBlock();
     void CountTrunkingErrors(std::uint32_t errors);
 
     static constexpr std::uint32_t kDefaultBlockSize = 1024;
     static constexpr int kWindowSize = 100;
     static constexpr std::uint32_t kSymbols = 63;
-    static constexpr std::uint32_t kTrunkingBlockBytes = 12;
     static constexpr std::uint32_t kErrorRingSize = 50;
 
     State state = State::Search;
@@ -201,7 +213,8 @@ private:
     WordCollector syncWords;
 
     std::uint8_t trunkingNibble = 0;
-    std::uint8_t block[kTrunkingBlockBytes] = {}; ///< trunking block in hand: 10 bytes of data, 2 of CRC
+    TrunkingBlock block; ///< in hand
+    ChannelTable channelTable;
     CtbTrellisDecoder trellis;
     std::uint32_t errorSum = 0;                   ///< bit errors of the last 50 trunking blocks
     std::uint32_t errorRing[kErrorRingSize] = {}; ///< and each block's part of it

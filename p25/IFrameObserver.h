@@ -1,6 +1,7 @@
 /// What the frame decoder tells of what it finds, to whoever wants to know.
 #pragma once
 
+#include "p25/TrunkingBlock.h"
 #include "p25/TrunkingRecord.h"
 #include "voice/ImbeDecoder.h"
 
@@ -36,6 +37,11 @@ public:
     /// The same frame was synthesised: `frame.status` holds the flags of the frame as it was treated.
     /// `bitErrorRate` in percent.
     virtual void OnVoiceFrame(const voice::ImbeFrameBlock& /*frame*/, float /*bitErrorRate*/) {}
+
+    /// A trunking signalling block was read; with a bad CRC its bytes mean nothing. `errors` on the trellis
+    /// path.
+    virtual void OnTrunkingBlock(const TrunkingBlock& /*block*/, bool /*hasGoodCrc*/,
+                                 std::uint32_t /*errors*/) {}
 
     /// A record was queued for `TakeRecords`.
     virtual void OnRecord(const TrunkingRecord& /*record*/) {}

@@ -1,6 +1,7 @@
 /// Trunking signalling blocks: trellis, CRC and error count, and the way back to the next frame.
 #include "p25/COrvaFrameDecoder.h"
 #include "p25/FrameSync.h"
+#include "p25/TrunkingMessages.h"
 
 namespace orva::p25 {
 
@@ -13,8 +14,7 @@ constexpr std::int32_t kStatusPeriod = 36;
 constexpr std::int32_t kBlockDibits = 98;
 constexpr std::uint32_t kBlockSymbols = kBlockDibits / 2;
 constexpr std::uint32_t kBlockBits = 196;
-constexpr std::uint32_t kDataBytes = 10;
-constexpr std::uint8_t kLastBlockFlag = 0x80;
+constexpr std::uint8_t kLastHandledOpcode = 52;
 
 constexpr std::int32_t kSeekLimit = 100;
 constexpr int kSeekDistance = 16;
@@ -34,24 +34,6 @@ constexpr std::uint32_t InterleaverPosition(std::uint32_t i) {
 }
 static_assert(InterleaverPosition(12) == 48 && InterleaverPosition(13) == 1 && InterleaverPosition(48) == 47);
 
-/// CRC of the first ten bytes: x^16 + x^12 + x^5 + 1 over the data and 16 zero bits, inverted.
-std::uint32_t ComputeCrc(const std::uint8_t* data) {
-    constexpr std::uint32_t kPolynomial = 0x11021;
-    constexpr std::uint32_t kCarry = 0x10000;
-    constexpr std::uint32_t kMask = 0xFFFF;
-    std::uint32_t remainder = static_cast<std::uint32_t>(data[0]) << 8 | data[1];
-    for (std::uint32_t i = 2; i < kDataBytes + 2; ++i) {
-        const std::uint32_t byte = i < kDataBytes ? data[i] : 0;
-        for (int bit = 7; bit >= 0; --bit) {
-            remainder = remainder << 1 | (byte >> bit & 1U);
-            if ((remainder & kCarry) != 0) {
-                remainder ^= kPolynomial;
-            }
-        }
-    }
-    return (remainder ^ kMask) & kMask;
-}
-
 } // namespace
 
 bool COrvaFrameDecoder::ReadTrunking() {
@@ -67,7 +49,7 @@ bool COrvaFrameDecoder::ReadTrunking() {
             if (++frameCounter == kBlockDibits) {
                 DecodeTrunkingBlock();
                 frameCounter = 0;
-                if ((block[0] & kLastBlockFlag) != 0) {
+                if (block.IsLast()) {
                     state = State::SeekAfterTrunking;
                     return true;
                 }
@@ -90,10 +72,33 @@ void COrvaFrameDecoder::DecodeTrunkingBlock() {
     const std::uint8_t* dibits = trellis.GetResult(&errors);
     for (std::uint32_t i = 0; i < kTrunkingBlockBytes; ++i) {
         const std::uint8_t* four = dibits + std::size_t{4} * i;
-        block[i] = static_cast<std::uint8_t>(four[0] << 6 | four[1] << 4 | four[2] << 2 | four[3]);
+        block.bytes[i] = static_cast<std::uint8_t>(four[0] << 6 | four[1] << 4 | four[2] << 2 | four[3]);
     }
-    const std::uint32_t received = static_cast<std::uint32_t>(block[10]) << 8 | block[11];
-    CountTrunkingErrors(ComputeCrc(block) == received ? errors : kBlockBits);
+    const bool isGood = block.HasGoodCrc();
+    CountTrunkingErrors(isGood ? errors : kBlockBits);
+    if (observer != nullptr) {
+        observer->OnTrunkingBlock(block, isGood, errors);
+    }
+    if (isGood && !block.IsProtected() && block.Opcode() <= kLastHandledOpcode) {
+        HandleTrunkingBlock();
+    }
+}
+
+void COrvaFrameDecoder::HandleTrunkingBlock() {
+    const TrunkingRecords made =
+        InterpretTrunkingBlock(block, channelTable, static_cast<std::uint32_t>(networkAccessCode));
+    for (int i = 0; i < made.count; ++i) {
+        QueueRecord(made.record[i]);
+    }
+}
+
+const char* COrvaFrameDecoder::GetMessageName(std::uint8_t opcode) {
+    return GetTrunkingMessageName(opcode);
+}
+
+void COrvaFrameDecoder::SetTunedFrequency(std::uint32_t hz) {
+    channelTable.SetTunedFrequency(hz);
+    records.Clear();
 }
 
 /// The rate over the last 50 blocks; a block with a bad CRC counts as wrong in all its bits.
