@@ -21,6 +21,10 @@ std::uint32_t CodeFrequency(std::uint64_t hz) {
     return static_cast<std::uint32_t>(hz / kCodedUnit) | kTensFlag;
 }
 
+std::uint64_t DecodeFrequency(std::uint32_t coded) {
+    return (coded & kTensFlag) != 0 ? (coded & ~kTensFlag) * kCodedUnit : coded;
+}
+
 void ChannelTable::CheckValidity() {
     if (tunedFrequency == kUnknownFrequency) {
         return;

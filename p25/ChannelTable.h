@@ -8,6 +8,9 @@ namespace orva::p25 {
 /// A frequency of any size in 32 bits: hertz below 0x80000000, otherwise tens of hertz with bit 31 set.
 std::uint32_t CodeFrequency(std::uint64_t hz);
 
+/// The frequency [Hz] that a coded one stands for; of tens of hertz the last digit is lost.
+std::uint64_t DecodeFrequency(std::uint32_t coded);
+
 /// One identifier's band plan.
 struct ChannelIdentifier {
     std::uint64_t baseFrequency = 0;  ///< Hz; 0 for an identifier not yet heard

@@ -51,6 +51,17 @@ public:
         return record;
     }
 
+    std::uint32_t ChannelIdentifier() const { return Load(1, 1); }
+    std::uint32_t ChannelNumber() const { return Load(2, 2); }
+    /// Wherever the type keeps it.
+    std::uint32_t NetworkAccessCode() const {
+        return Load(Type() == TrunkingRecordType::EndOfCall ? 1 : 4, 4);
+    }
+    std::uint32_t Frequency() const { return Load(8, 4); } ///< coded
+    std::uint32_t Source() const { return Load(12, 4); }
+    std::uint32_t Destination() const { return Load(16, 4); }
+    std::uint32_t ServiceOptions() const { return Load(20, 2); }
+
     TrunkingRecordType Type() const { return static_cast<TrunkingRecordType>(bytes[0]); }
     const std::array<std::uint8_t, kTrunkingRecordSize>& Bytes() const { return bytes; }
 
@@ -59,6 +70,14 @@ private:
         for (std::size_t i = 0; i < size; ++i) {
             bytes[offset + i] = static_cast<std::uint8_t>(value >> 8 * i);
         }
+    }
+
+    std::uint32_t Load(std::size_t offset, std::size_t size) const {
+        std::uint32_t value = 0;
+        for (std::size_t i = size; i-- > 0;) {
+            value = value << 8 | bytes[offset + i];
+        }
+        return value;
     }
 
     std::array<std::uint8_t, kTrunkingRecordSize> bytes{};

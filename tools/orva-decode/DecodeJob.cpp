@@ -1,8 +1,6 @@
 #include "tools/orva-decode/DecodeJob.h"
 
 #include <array>
-#include <cinttypes>
-#include <cmath>
 
 #ifdef _WIN32
 #include <fcntl.h>
@@ -29,19 +27,8 @@ const char* NameOf(const std::string& path) {
     return path == "-" ? kStandardInput : path.c_str();
 }
 
-std::string EncryptionName(std::int32_t algorithm) {
-    switch (algorithm) {
-    case -1:
-        return "encryption unknown";
-    case 0x80:
-        return "clear";
-    case 0x81:
-        return "DES-OFB";
-    case 0x84:
-        return "AES";
-    default:
-        return "encrypted, algorithm " + std::to_string(algorithm);
-    }
+std::string RateText(std::uint32_t rate) {
+    return std::to_string(rate) + " Hz";
 }
 
 bool IsSpace(char c) {
@@ -63,9 +50,10 @@ DecodeJob::Run::Run(DecodeJob& job, const std::string& inputName)
           if (calls.size() < kListedCalls) {
               calls.push_back(call);
           }
-          job.PrintCall(call, log.GetTotals().calls);
+          job.ReportCall(call, log.GetTotals().calls);
       }),
-      receiver(job.outputs, log) {
+      receiver(job.outputs, log, channel) {
+    receiver.SetTunedFrequency(job.tunedFrequency);
     job.progress.Start(name);
 }
 
@@ -81,7 +69,7 @@ bool DecodeJob::DecodeWave(const std::string& path) {
                  " samples a second; 48000 or 64000 are needed");
         return false;
     }
-    std::fprintf(report, "%s: %" PRIu32 " Hz\n", NameOf(path), reader.GetSampleRate());
+    printer.PrintInput(NameOf(path), RateText(reader.GetSampleRate()));
     Run run(*this, NameOf(path));
     bool whole = FeedWave(reader, run);
     Finish(run);
@@ -117,7 +105,7 @@ bool DecodeJob::DecodeRaw(std::uint32_t rate) {
         Complain(std::string(kStandardInput) + ": is empty: there are no samples in it");
         return false;
     }
-    std::fprintf(report, "%s: %" PRIu32 " Hz\n", kStandardInput, rate);
+    printer.PrintInput(kStandardInput, RateText(rate));
     Run run(*this, kStandardInput);
     run.receiver.SetSampleRate(rate);
     bool whole = true;
@@ -139,7 +127,7 @@ bool DecodeJob::DecodeDibits(const std::string& path) {
         Complain(path + ": cannot be opened");
         return false;
     }
-    std::fprintf(report, "%s: dibit text\n", NameOf(path));
+    printer.PrintInput(NameOf(path), "dibit text");
     Run run(*this, NameOf(path));
     const bool whole = FeedDibitFile(file, run);
     Finish(run);
@@ -182,57 +170,19 @@ void DecodeJob::Finish(Run& run) {
     run.log.Finish(run.receiver.GetSeconds());
     progress.Clear();
     const double wallSeconds = std::chrono::duration<double>(Clock::now() - run.start).count();
-    PrintTotals(run, wallSeconds);
+    printer.PrintTotals(run.log.GetTotals(), run.receiver.GetSeconds());
+    printer.PrintControlChannel(run.channel);
+    printer.PrintSpeed(run.receiver.GetSeconds(), wallSeconds);
     if (outputs.events.IsOpen()) {
         const double realTime = wallSeconds > 0 ? run.receiver.GetSeconds() / wallSeconds : 0.0;
-        outputs.events.Summary(run.receiver.GetSeconds(), realTime, run.log.GetTotals(), run.calls);
+        outputs.events.Summary(run.receiver.GetSeconds(), realTime, run.log.GetTotals(), run.calls,
+                               run.channel);
     }
 }
 
-void DecodeJob::PrintCall(const Call& call, std::uint64_t number) {
+void DecodeJob::ReportCall(const Call& call, std::uint64_t number) {
     progress.Clear();
-    std::fprintf(report, "  call %-4" PRIu64 " %8.2f s to %.2f s, NAC 0x%03X (%" PRId32 ")", number,
-                 call.start, call.end, static_cast<unsigned>(call.networkAccessCode), call.networkAccessCode);
-    if (call.talkGroup != -1) {
-        std::fprintf(report, ", talk group %" PRId32, call.talkGroup);
-    }
-    if (call.source != -1) {
-        std::fprintf(report, ", from %" PRId32, call.source);
-    }
-    if (call.destination != -1) {
-        std::fprintf(report, " to %" PRId32, call.destination);
-    }
-    std::fprintf(report, ", %s, %.2f s of voice, %.2f %% bit errors%s\n",
-                 EncryptionName(call.algorithm).c_str(), call.VoiceSeconds(), call.ErrorRatePercent(),
-                 call.terminated ? "" : ", no terminator");
-}
-
-void DecodeJob::PrintTotals(const Run& run, double wallSeconds) {
-    const Totals& totals = run.log.GetTotals();
-    std::fprintf(report, "  length    %.2f s\n  NACs     ", run.receiver.GetSeconds());
-    for (std::size_t code = 0; code < totals.networkAccessCodes.size(); ++code) {
-        if (totals.networkAccessCodes.test(code)) {
-            std::fprintf(report, " 0x%03X (%u)", static_cast<unsigned>(code), static_cast<unsigned>(code));
-        }
-    }
-    std::fprintf(report, "%s\n  frames   ", totals.networkAccessCodes.none() ? " none" : "");
-    for (const auto& [frame, count] : totals.frames) {
-        std::fprintf(report, " %s %" PRIu64, std::string(frame).c_str(), count);
-    }
-    std::fprintf(report, "%s", totals.frames.empty() ? " none" : "");
-    if (totals.uncorrectable > 0) {
-        std::fprintf(report, " (%" PRIu64 " with an identifier beyond correction)", totals.uncorrectable);
-    }
-    std::fprintf(report,
-                 "\n  voice     %.2f s in %" PRIu64 " call%s, %.2f %% bit errors, %" PRIu64 " of %" PRIu64
-                 " frames concealed\n",
-                 VoiceSeconds(totals.voiceFrames), totals.calls, totals.calls == 1 ? "" : "s",
-                 VoiceErrorPercent(totals.correctedBits, totals.voiceFrames), totals.concealedFrames,
-                 totals.voiceFrames);
-    if (wallSeconds > 0) {
-        std::fprintf(report, "  speed     %.0f times real time\n", run.receiver.GetSeconds() / wallSeconds);
-    }
-    std::fflush(report);
+    printer.PrintCall(call, number);
 }
 
 } // namespace orva::tools

@@ -3,9 +3,11 @@
 
 #include "audio/WaveFileReader.h"
 #include "tools/orva-decode/CallLog.h"
+#include "tools/orva-decode/ControlChannelLog.h"
 #include "tools/orva-decode/Outputs.h"
 #include "tools/orva-decode/ProgressBar.h"
 #include "tools/orva-decode/Receiver.h"
+#include "tools/orva-decode/SummaryPrinter.h"
 
 #include <chrono>
 #include <cstdint>
@@ -20,7 +22,10 @@ namespace orva::tools {
 class DecodeJob {
 public:
     /// `sinks` must outlive the job; `summary` is where the summary for a person goes.
-    DecodeJob(Outputs& sinks, std::FILE* summary) : outputs(sinks), report(summary) {}
+    DecodeJob(Outputs& sinks, std::FILE* summary) : outputs(sinks), printer(summary) {}
+
+    /// Where the receiver was tuned [Hz]; channel identifiers are kept per control channel.
+    void SetTunedFrequency(std::uint32_t hz) { tunedFrequency = hz; }
 
     /// A WAV file, "-" meaning standard input. False if it, or a part of it, could not be decoded.
     bool DecodeWave(const std::string& path);
@@ -41,6 +46,7 @@ private:
         std::string name;
         std::vector<Call> calls; ///< the first ones, for the summary event
         CallLog log;
+        ControlChannelLog channel;
         Receiver receiver;
         Clock::time_point start = Clock::now();
     };
@@ -48,11 +54,11 @@ private:
     bool FeedWave(audio::WaveFileReader& reader, Run& run);
     bool FeedDibitFile(std::FILE* file, Run& run);
     void Finish(Run& run);
-    void PrintCall(const Call& call, std::uint64_t number);
-    void PrintTotals(const Run& run, double wallSeconds);
+    void ReportCall(const Call& call, std::uint64_t number);
 
     Outputs& outputs;
-    std::FILE* report;
+    SummaryPrinter printer;
+    std::uint32_t tunedFrequency = p25::ChannelTable::kUnknownFrequency;
     ProgressBar progress;
 };
 

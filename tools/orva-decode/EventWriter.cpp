@@ -30,6 +30,67 @@ nlohmann::ordered_json ToJson(const Call& call) {
             {"terminated", call.terminated}};
 }
 
+/// A source or destination: a talk group when marked as one, else a unit; -1 for the one it is not, or for
+/// neither.
+void AddAddress(nlohmann::ordered_json& json, const char* groupKey, const char* unitKey,
+                std::uint32_t address) {
+    constexpr std::uint32_t kNoAddress = 0xFFFFFFFF;
+    const bool isGroup = address != kNoAddress && (address & p25::kGroupAddress) != 0;
+    const bool isUnit = address != kNoAddress && !isGroup;
+    json[groupKey] = isGroup ? static_cast<std::int64_t>(address & ~p25::kGroupAddress) : -1;
+    json[unitKey] = isUnit ? static_cast<std::int64_t>(address) : -1;
+}
+
+void AddRecordFields(nlohmann::ordered_json& json, const p25::TrunkingRecord& record) {
+    json["nac"] = record.NetworkAccessCode();
+    if (record.Type() == p25::TrunkingRecordType::EndOfCall) {
+        return;
+    }
+    if (record.Type() == p25::TrunkingRecordType::IdentifierUpdate) {
+        json["identifier"] = record.ChannelIdentifier();
+        json["base_frequency"] = p25::DecodeFrequency(record.Source());
+        json["spacing"] = record.Frequency();
+        json["offset"] = static_cast<std::int16_t>(record.ChannelNumber());
+        return;
+    }
+    if (record.Type() != p25::TrunkingRecordType::NewSpeaker) {
+        json["identifier"] = record.ChannelIdentifier();
+        json["channel"] = record.ChannelNumber();
+        json["frequency"] = p25::DecodeFrequency(record.Frequency());
+    }
+    AddAddress(json, "source_group", "source", record.Source());
+    AddAddress(json, "talkgroup", "destination", record.Destination());
+    json["options"] = record.ServiceOptions();
+}
+
+nlohmann::ordered_json ToJson(const ControlChannelLog& channel) {
+    nlohmann::ordered_json json = {{"blocks", channel.Blocks()},
+                                   {"bad_blocks", channel.BadBlocks()},
+                                   {"crc_failure_rate", Rounded(channel.FailurePercent())},
+                                   {"identifiers", nlohmann::ordered_json::array()},
+                                   {"grants", nlohmann::ordered_json::array()},
+                                   {"messages", nlohmann::ordered_json::array()}};
+    for (const auto& [identifier, plan] : channel.Identifiers()) {
+        json["identifiers"].push_back({{"identifier", identifier},
+                                       {"base_frequency", plan.baseFrequency},
+                                       {"spacing", plan.channelSpacing}});
+    }
+    for (const auto& [grant, count] : channel.Grants()) {
+        json["grants"].push_back({{grant.isGroup ? "talkgroup" : "destination", grant.destination},
+                                  {"frequency", grant.frequency},
+                                  {"count", count}});
+    }
+    for (std::size_t opcode = 0; opcode < channel.Messages().size(); ++opcode) {
+        if (channel.Messages()[opcode] > 0) {
+            json["messages"].push_back(
+                {{"opcode", opcode},
+                 {"name", p25::GetTrunkingMessageName(static_cast<std::uint8_t>(opcode))},
+                 {"count", channel.Messages()[opcode]}});
+        }
+    }
+    return json;
+}
+
 } // namespace
 
 std::string HexDigits(const std::uint8_t* bytes, std::size_t count) {
@@ -133,10 +194,22 @@ void EventWriter::Voice(double time, const std::string& bits, const voice::ImbeF
     Write(json);
 }
 
+void EventWriter::TrunkingBlock(double time, const p25::TrunkingBlock& block, bool hasGoodCrc,
+                                std::uint32_t errors) {
+    auto json = Begin("tsbk", time);
+    json["bytes"] = HexDigits(block.bytes, p25::kTrunkingBlockBytes);
+    json["crc"] = hasGoodCrc;
+    json["errors"] = errors;
+    json["opcode"] = block.Opcode();
+    json["name"] = p25::GetTrunkingMessageName(block.Opcode());
+    Write(json);
+}
+
 void EventWriter::Record(double time, const p25::TrunkingRecord& record) {
     auto json = Begin("record", time);
     json["type"] = static_cast<int>(record.Type());
     json["bytes"] = HexDigits(record.Bytes().data(), record.Bytes().size());
+    AddRecordFields(json, record);
     Write(json);
 }
 
@@ -149,7 +222,7 @@ void EventWriter::Lost(double time) {
 }
 
 void EventWriter::Summary(double seconds, double realTime, const Totals& totals,
-                          const std::vector<Call>& calls) {
+                          const std::vector<Call>& calls, const ControlChannelLog& channel) {
     auto json = Begin("summary", seconds);
     json["seconds"] = Rounded(seconds);
     json["times_real_time"] = Rounded(realTime);
@@ -173,6 +246,9 @@ void EventWriter::Summary(double seconds, double realTime, const Totals& totals,
     json["calls"] = nlohmann::ordered_json::array();
     for (const Call& call : calls) {
         json["calls"].push_back(ToJson(call));
+    }
+    if (channel.Blocks() > 0) {
+        json["control_channel"] = ToJson(channel);
     }
     Write(json);
 }

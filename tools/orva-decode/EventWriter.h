@@ -3,6 +3,7 @@
 
 #include "p25/TrunkingRecord.h"
 #include "tools/orva-decode/CallLog.h"
+#include "tools/orva-decode/ControlChannelLog.h"
 #include "voice/ImbeDecoder.h"
 
 #include <cstdint>
@@ -44,12 +45,14 @@ public:
     void EncryptionSync(double time, std::int32_t algorithm);
     /// `bits` are the frame's 88 information bits as hex digits.
     void Voice(double time, const std::string& bits, const voice::ImbeFrameBlock& frame, float errorRate);
+    void TrunkingBlock(double time, const p25::TrunkingBlock& block, bool hasGoodCrc, std::uint32_t errors);
     void Record(double time, const p25::TrunkingRecord& record);
     void Terminator(double time);
     void Lost(double time);
     /// `realTime` is how many times faster than real time the input was decoded. Lists `calls`, all or the
     /// first ones.
-    void Summary(double seconds, double realTime, const Totals& totals, const std::vector<Call>& calls);
+    void Summary(double seconds, double realTime, const Totals& totals, const std::vector<Call>& calls,
+                 const ControlChannelLog& channel);
 
 private:
     nlohmann::ordered_json Begin(const char* event, double time) const;

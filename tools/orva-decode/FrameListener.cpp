@@ -88,7 +88,15 @@ void FrameListener::OnVoiceFrame(const voice::ImbeFrameBlock& frame, float bitEr
     }
 }
 
+void FrameListener::OnTrunkingBlock(const p25::TrunkingBlock& block, bool hasGoodCrc, std::uint32_t errors) {
+    channel.NoteBlock(block, hasGoodCrc);
+    if (events != nullptr) {
+        events->TrunkingBlock(Now(), block, hasGoodCrc, errors);
+    }
+}
+
 void FrameListener::OnRecord(const p25::TrunkingRecord& record) {
+    channel.NoteRecord(record);
     if (events != nullptr) {
         events->Record(Now(), record);
     }

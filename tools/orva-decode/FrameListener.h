@@ -3,6 +3,7 @@
 
 #include "p25/COrvaFrameDecoder.h"
 #include "tools/orva-decode/CallLog.h"
+#include "tools/orva-decode/ControlChannelLog.h"
 #include "tools/orva-decode/EventWriter.h"
 
 #include <string>
@@ -17,9 +18,10 @@ const char* FrameName(std::int32_t duid);
 /// input.
 class FrameListener final : public p25::IFrameObserver {
 public:
-    /// `eventWriter` may be null. All three must outlive the listener.
-    FrameListener(const p25::COrvaFrameDecoder& frameDecoder, CallLog& callLog, EventWriter* eventWriter)
-        : decoder(frameDecoder), calls(callLog), events(eventWriter) {}
+    /// `eventWriter` may be null. All must outlive the listener.
+    FrameListener(const p25::COrvaFrameDecoder& frameDecoder, CallLog& callLog, ControlChannelLog& channelLog,
+                  EventWriter* eventWriter)
+        : decoder(frameDecoder), calls(callLog), channel(channelLog), events(eventWriter) {}
 
     /// The next `count` dibits given to the decoder span `start` to `end`, in seconds of input.
     void SetStretch(double start, double end, std::int32_t count);
@@ -31,6 +33,7 @@ public:
     void OnEncryptionSync(std::int32_t algorithmId) override;
     void OnVoiceBits(const voice::ImbeFrameBlock& frame) override;
     void OnVoiceFrame(const voice::ImbeFrameBlock& frame, float bitErrorRate) override;
+    void OnTrunkingBlock(const p25::TrunkingBlock& block, bool hasGoodCrc, std::uint32_t errors) override;
     void OnRecord(const p25::TrunkingRecord& record) override;
     void OnTerminator() override;
     void OnLost() override;
@@ -40,6 +43,7 @@ private:
 
     const p25::COrvaFrameDecoder& decoder;
     CallLog& calls;
+    ControlChannelLog& channel;
     EventWriter* events;
     double stretchEnd = 0;
     double secondsPerDibit = 0;

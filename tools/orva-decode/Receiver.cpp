@@ -10,9 +10,9 @@ constexpr std::uint32_t kVoiceBlockSamples = 512;
 
 } // namespace
 
-Receiver::Receiver(Outputs& sinks, CallLog& calls)
+Receiver::Receiver(Outputs& sinks, CallLog& calls, ControlChannelLog& channel)
     : outputs(sinks),
-      listener(decoder, calls, outputs.events.IsOpen() ? &outputs.events : nullptr),
+      listener(decoder, calls, channel, outputs.events.IsOpen() ? &outputs.events : nullptr),
       floats(kBlockSamples) {
     decoder.SetBlockSize(kVoiceBlockSamples);
     decoder.SetObserver(&listener);

@@ -17,11 +17,14 @@ constexpr std::size_t kBlockSamples = 2400; ///< samples of input handed on at a
 /// Demodulator, frame decoder and whoever listens to them, for one input. Keeps time by what it is fed.
 class Receiver {
 public:
-    /// `sinks` and `calls` must outlive the receiver.
-    Receiver(Outputs& sinks, CallLog& calls);
+    /// `sinks`, `calls` and `channel` must outlive the receiver.
+    Receiver(Outputs& sinks, CallLog& calls, ControlChannelLog& channel);
 
     /// Rate of the samples that follow [Hz].
     void SetSampleRate(std::uint32_t rate);
+
+    /// Where the receiver was tuned [Hz].
+    void SetTunedFrequency(std::uint32_t hz) { decoder.SetTunedFrequency(hz); }
 
     /// Decodes `count` samples, at most `kBlockSamples`. False without memory.
     bool FeedSamples(const std::int16_t* samples, std::size_t count);

@@ -21,6 +21,7 @@ constexpr int kExitUsage = 2;
 struct Options {
     std::vector<std::string> inputs;
     std::uint32_t rawRate = 0;
+    std::uint32_t tuned = orva::p25::ChannelTable::kUnknownFrequency;
     std::string dibitInput;
     std::string speech;
     std::string events;
@@ -35,6 +36,7 @@ void Describe(CLI::App& app, Options& options) {
     app.add_option("--rate", options.rawRate, "Take raw 16-bit samples of this rate from standard input")
         ->check(CLI::IsMember({48000U, 64000U}));
     app.add_option("--from-dibits", options.dibitInput, "Take dibit text (0, 1, 2, 3) instead of samples");
+    app.add_option("--tuned", options.tuned, "The frequency the receiver was tuned to, in hertz");
     app.add_option("-o,--output", options.speech, "Write the speech to this WAV file, 8000 Hz, 16 bit, mono");
     app.add_option("--events", options.events, "Write events as JSON Lines; '-' is standard output");
     app.add_option("--dibits", options.dibits, "Write the dibit text");
@@ -94,6 +96,7 @@ bool OpenOutputs(const Options& options, Outputs& outputs) {
 bool DecodeInputs(const Options& options, Outputs& outputs) {
     // Events on standard output must not be mixed with text for a person.
     DecodeJob job(outputs, options.events == "-" ? stderr : stdout);
+    job.SetTunedFrequency(options.tuned);
     if (!options.dibitInput.empty()) {
         return job.DecodeDibits(options.dibitInput);
     }
