@@ -55,12 +55,14 @@ const char* Describe(WaveFault fault) {
 }
 
 WaveFault WaveFileReader::Open(const std::string& path) {
-    std::FILE* stream = std::fopen(path.c_str(), "rb");
-    return stream == nullptr ? WaveFault::CannotOpen : Open(stream);
+    return Open(std::fopen(path.c_str(), "rb"));
 }
 
 WaveFault WaveFileReader::Open(std::FILE* stream) {
     Close();
+    if (stream == nullptr) {
+        return WaveFault::CannotOpen;
+    }
     file = stream;
     const WaveFault fault = ReadHeader();
     if (fault != WaveFault::None) {
@@ -77,6 +79,11 @@ void WaveFileReader::Close() {
     sampleRate = 0;
     promisedBytes = readBytes = 0;
     hasFirstSample = isUnfinished = atEnd = false;
+}
+
+bool WaveFileReader::IsAtEndOfFile() {
+    const int next = std::fgetc(file);
+    return next == EOF || std::ungetc(next, file) == EOF;
 }
 
 bool WaveFileReader::ReadBytes(void* bytes, std::size_t count) {
@@ -107,6 +114,9 @@ bool WaveFileReader::Skip(std::uint64_t count) {
 WaveFault WaveFileReader::ReadHeader() {
     ChunkHeader riff;
     char form[4];
+    if (IsAtEndOfFile()) {
+        return WaveFault::NoSamples;
+    }
     if (!ReadChunkHeader(riff) || !HasId(riff.id, "RIFF")) {
         return WaveFault::NotWave;
     }

@@ -17,7 +17,7 @@ enum class WaveFault {
     NotMono,        ///< more than one channel
     NotSixteenBit,  ///< other than 16 bits a sample
     HeaderCutShort, ///< the file ends inside its header
-    NoSamples,      ///< no `data` chunk, or nothing in it
+    NoSamples,      ///< no `data` chunk, nothing in it, or nothing in the file at all
 };
 
 /// One clear phrase for a person, without the file's name.
@@ -66,6 +66,7 @@ private:
         std::uint32_t size;
     };
 
+    bool IsAtEndOfFile();
     bool ReadBytes(void* bytes, std::size_t count);
     bool ReadChunkHeader(ChunkHeader& header);
     bool Skip(std::uint64_t count);
