@@ -17,62 +17,62 @@ namespace {
 
 // Four input samples as floats.
 
-__m128 LoadFour(const float* in) {
+inline __m128 LoadFour(const float* in) {
     return _mm_loadu_ps(in);
 }
 
-__m128 LoadFour(const std::int32_t* in) {
+inline __m128 LoadFour(const std::int32_t* in) {
     return _mm_cvtepi32_ps(_mm_loadu_si128(reinterpret_cast<const __m128i*>(in)));
 }
 
-__m128 LoadFour(const std::int16_t* in) {
+inline __m128 LoadFour(const std::int16_t* in) {
     const __m128i words = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(in));
     return _mm_cvtepi32_ps(_mm_srai_epi32(_mm_unpacklo_epi16(words, words), 16));
 }
 
 // Sums to output samples, rounded to nearest and saturated.
 
-__m128i RoundedToI16(__m128 sums) {
+inline __m128i RoundedToI16(__m128 sums) {
     const __m128 limited =
         _mm_max_ps(_mm_min_ps(sums, _mm_set1_ps(static_cast<float>(INT16_MAX))), _mm_set1_ps(INT16_MIN));
     return _mm_packs_epi32(_mm_cvtps_epi32(limited), _mm_setzero_si128());
 }
 
 /// The two low sums. The upper limit has no single-precision form, so the rounding is done in double.
-__m128i RoundedToI32(__m128 sums) {
+inline __m128i RoundedToI32(__m128 sums) {
     const __m128d wide = _mm_cvtps_pd(sums);
     return _mm_cvtpd_epi32(_mm_max_pd(_mm_min_pd(wide, _mm_set1_pd(INT32_MAX)), _mm_set1_pd(INT32_MIN)));
 }
 
-void StoreFour(float* out, __m128 sums) {
+inline void StoreFour(float* out, __m128 sums) {
     _mm_storeu_ps(out, sums);
 }
 
-void StoreFour(std::int16_t* out, __m128 sums) {
+inline void StoreFour(std::int16_t* out, __m128 sums) {
     _mm_storel_epi64(reinterpret_cast<__m128i*>(out), RoundedToI16(sums));
 }
 
-void StoreFour(std::int32_t* out, __m128 sums) {
+inline void StoreFour(std::int32_t* out, __m128 sums) {
     const __m128i low = RoundedToI32(sums);
     const __m128i high = RoundedToI32(_mm_movehl_ps(sums, sums));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi64(low, high));
 }
 
-void StoreOne(float* out, __m128 sum) {
+inline void StoreOne(float* out, __m128 sum) {
     _mm_store_ss(out, sum);
 }
 
-void StoreOne(std::int16_t* out, __m128 sum) {
+inline void StoreOne(std::int16_t* out, __m128 sum) {
     *out = static_cast<std::int16_t>(_mm_cvtsi128_si32(RoundedToI16(sum)));
 }
 
-void StoreOne(std::int32_t* out, __m128 sum) {
+inline void StoreOne(std::int32_t* out, __m128 sum) {
     *out = _mm_cvtsi128_si32(RoundedToI32(sum));
 }
 
 /// Adds the products of `floats` taps and history entries, a multiple of 4, to `sum` in order of time slots.
 /// `data` is aligned to 16 bytes, `taps` need not be.
-__m128 Accumulate(__m128 sum, const float* taps, const float* data, std::int32_t floats) {
+inline __m128 Accumulate(__m128 sum, const float* taps, const float* data, std::int32_t floats) {
     for (std::int32_t k = 0; k < floats; k += 4) {
         sum = _mm_add_ps(sum, _mm_mul_ps(_mm_loadu_ps(taps + k), _mm_load_ps(data + k)));
     }
@@ -80,7 +80,7 @@ __m128 Accumulate(__m128 sum, const float* taps, const float* data, std::int32_t
 }
 
 /// The same sum in four independent chains, where no other form has to agree with its rounding.
-__m128 AccumulateFast(const float* taps, const float* data, std::int32_t floats) {
+inline __m128 AccumulateFast(const float* taps, const float* data, std::int32_t floats) {
     __m128 sum0 = _mm_setzero_ps();
     __m128 sum1 = _mm_setzero_ps();
     __m128 sum2 = _mm_setzero_ps();
@@ -147,7 +147,7 @@ FourSums AccumulateFour(FourSums sums, const float* taps, const float* data, std
     return {{sum0, sum1, sum2, sum3}};
 }
 
-__m128 MultiplyAdd(__m128 sum, const float* taps, __m128 samples) {
+inline __m128 MultiplyAdd(__m128 sum, const float* taps, __m128 samples) {
     return _mm_add_ps(sum, _mm_mul_ps(_mm_loadu_ps(taps), samples));
 }
 

@@ -1,0 +1,105 @@
+#include "tests/dsp/AllocationProbe.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace orva::test {
+namespace {
+
+constexpr int kNever = -1;
+
+std::atomic<std::uint64_t> allocations{0};
+std::atomic<int> successesLeft{kNever};
+std::atomic<bool> failsOn{false};
+std::atomic<bool> struck{false};
+
+bool MustFail() {
+    if (failsOn && struck) {
+        return true;
+    }
+    if (successesLeft == kNever) {
+        return false;
+    }
+    if (successesLeft-- == 0) {
+        struck = true;
+        return true;
+    }
+    return false;
+}
+
+void* Take(std::size_t bytes) {
+    ++allocations;
+    return std::malloc(bytes == 0 ? 1 : bytes);
+}
+
+void* TakeOrThrow(std::size_t bytes) {
+    void* memory = Take(bytes);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+
+} // namespace
+
+std::uint64_t CountAllocations() {
+    return allocations;
+}
+
+AllocationFailure::AllocationFailure(int successes, Reach reach) {
+    struck = false;
+    failsOn = reach == Reach::FromThenOn;
+    successesLeft = successes;
+}
+
+AllocationFailure::~AllocationFailure() {
+    successesLeft = kNever;
+    failsOn = false;
+}
+
+bool AllocationFailure::HasStruck() const {
+    return struck;
+}
+
+} // namespace orva::test
+
+void* operator new(std::size_t bytes) {
+    return orva::test::TakeOrThrow(bytes);
+}
+
+void* operator new[](std::size_t bytes) {
+    return orva::test::TakeOrThrow(bytes);
+}
+
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+    return orva::test::MustFail() ? nullptr : orva::test::Take(bytes);
+}
+
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
+    return orva::test::MustFail() ? nullptr : orva::test::Take(bytes);
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory, const std::nothrow_t&) noexcept {
+    std::free(memory);
+}
