@@ -178,8 +178,7 @@ bool CtbReedSolomon::PrepareWorkSpace() {
 bool CtbReedSolomon::Decode(std::int32_t length, std::uint32_t* word) {
     // The locator rows hold polynomials of up to 63 coefficients; a code with more parity cannot be decoded
     // here.
-    if (length <= 0 || word == nullptr || parityCount == 0 || parityCount + 1 >= kMaxDegree ||
-        !PrepareWorkSpace()) {
+    if (length <= 0 || word == nullptr || parityCount + 1 >= kMaxDegree || !PrepareWorkSpace()) {
         return false;
     }
     if (ComputeSyndromes(length, word)) {
