@@ -115,7 +115,7 @@ WaveFault WaveFileReader::ReadHeader() {
     ChunkHeader riff;
     char form[4];
     if (IsAtEndOfFile()) {
-        return WaveFault::NoSamples;
+        return std::ferror(file) != 0 ? WaveFault::CannotOpen : WaveFault::NoSamples;
     }
     if (!ReadChunkHeader(riff) || !HasId(riff.id, "RIFF")) {
         return WaveFault::NotWave;

@@ -161,6 +161,10 @@ TEST_F(WaveFileReaderTest, TellsAMissingStream) {
     EXPECT_EQ(reader.Open(static_cast<std::FILE*>(nullptr)), WaveFault::CannotOpen);
 }
 
+TEST_F(WaveFileReaderTest, TellsAFolder) {
+    EXPECT_EQ(reader.Open(folder.Path("")), WaveFault::CannotOpen);
+}
+
 TEST_F(WaveFileReaderTest, TellsAFileOfNothingAsEmpty) {
     EXPECT_EQ(Open({}), WaveFault::NoSamples);
 }

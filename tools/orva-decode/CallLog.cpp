@@ -52,6 +52,12 @@ void CallLog::NoteNid(double time, std::int32_t networkAccessCode, const char* f
     }
 }
 
+void CallLog::NoteHeader(double time) {
+    if (call && call->voiceFrames > 0) {
+        EndCall(time, false);
+    }
+}
+
 void CallLog::NoteTalkGroup(std::int32_t talkGroup) {
     if (call) {
         call->talkGroup = talkGroup;

@@ -55,6 +55,8 @@ public:
 
     void NoteNid(double time, std::int32_t networkAccessCode, const char* frame, bool isVoice,
                  bool isCorrected);
+    /// A header was received: what follows is another call, if the present one has had voice already.
+    void NoteHeader(double time);
     void NoteTalkGroup(std::int32_t talkGroup);
     void NoteAlgorithm(std::int32_t algorithm);
     void NoteAddresses(bool isGroup, std::int32_t talkGroup, std::int32_t source, std::int32_t destination);

@@ -89,6 +89,7 @@ bool DecodeJob::FeedWave(audio::WaveFileReader& reader, Run& run) {
     std::array<std::int16_t, kBlockSamples> block;
     while (const std::size_t count = reader.Read(block.data(), block.size())) {
         if (!run.receiver.FeedSamples(block.data(), count)) {
+            progress.Clear();
             Complain(run.name + ": out of memory");
             return false;
         }
@@ -147,6 +148,7 @@ bool DecodeJob::FeedDibitFile(std::FILE* file, Run& run) {
             if (IsDibit(text[i])) {
                 text[kept++] = text[i];
             } else if (!IsSpace(text[i])) {
+                progress.Clear();
                 Complain(run.name + ": byte " + std::to_string(position) +
                          " is no dibit; only 0, 1, 2 and 3 are");
                 return false;
@@ -154,12 +156,14 @@ bool DecodeJob::FeedDibitFile(std::FILE* file, Run& run) {
         }
         fed += kept;
         if (kept > 0 && !run.receiver.FeedDibits(text.data(), static_cast<std::int32_t>(kept))) {
+            progress.Clear();
             Complain(run.name + ": out of memory");
             return false;
         }
         progress.Update(0, 0, run.receiver.GetSeconds());
     }
     if (fed == 0) {
+        progress.Clear();
         Complain(run.name + ": is empty: there are no dibits in it");
     }
     return fed > 0;

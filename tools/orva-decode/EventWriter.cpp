@@ -3,6 +3,11 @@
 #include <array>
 #include <cmath>
 
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#endif
+
 namespace orva::tools {
 
 namespace {
@@ -12,6 +17,14 @@ constexpr double kMicro = 1e6;
 /// Times need no more than a microsecond, and read better without a float's tail.
 double Rounded(double value) {
     return std::round(value * kMicro) / kMicro;
+}
+
+/// Standard output without translation of line ends: the same bytes as in a file.
+std::FILE* BinaryStandardOutput() {
+#ifdef _WIN32
+    _setmode(_fileno(stdout), _O_BINARY);
+#endif
+    return stdout;
 }
 
 nlohmann::ordered_json ToJson(const Call& call) {
@@ -114,7 +127,7 @@ std::string HexOfBits(const std::uint8_t* bits) {
 bool EventWriter::Open(const std::string& path) {
     Close();
     failed = false;
-    file = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
+    file = path == "-" ? BinaryStandardOutput() : std::fopen(path.c_str(), "wb");
     return file != nullptr;
 }
 

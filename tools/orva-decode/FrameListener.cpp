@@ -43,6 +43,9 @@ double FrameListener::Now() const {
 }
 
 void FrameListener::OnNid(std::int32_t networkAccessCode, std::int32_t duid, std::int32_t corrected) {
+    if (duid == kHeader && corrected >= 0) {
+        calls.NoteHeader(Now());
+    }
     const bool isVoice = duid == kHeader || duid == kLdu1 || duid == kLdu2;
     calls.NoteNid(Now(), networkAccessCode, FrameName(duid), isVoice, corrected >= 0);
     if (events != nullptr) {

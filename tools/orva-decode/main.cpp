@@ -1,9 +1,11 @@
 /// orva-decode: P25 recordings to signalling and speech.
 #include "tools/orva-decode/DecodeJob.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -17,6 +19,7 @@ using orva::tools::Outputs;
 
 constexpr int kExitInputFailed = 1;
 constexpr int kExitUsage = 2;
+constexpr const char* kStandardStream = "-";
 
 struct Options {
     std::vector<std::string> inputs;
@@ -48,7 +51,10 @@ std::string Contradiction(const Options& options) {
     if (!options.dibitInput.empty() && (hasFiles || options.rawRate != 0)) {
         return "--from-dibits takes the place of recordings and --rate";
     }
-    const bool onlyStandardInput = options.inputs.size() == 1 && options.inputs[0] == "-";
+    if (std::ranges::count(options.inputs, kStandardStream) > 1) {
+        return "standard input can be read only once";
+    }
+    const bool onlyStandardInput = options.inputs.size() == 1 && options.inputs[0] == kStandardStream;
     if (options.rawRate != 0 && hasFiles && !onlyStandardInput) {
         return "--rate is for raw samples from standard input; a recording tells its own";
     }
@@ -58,9 +64,16 @@ std::string Contradiction(const Options& options) {
     return {};
 }
 
+/// True if both name one file; files that do not exist yet are told apart by their names.
 bool IsSameFile(const std::string& a, const std::string& b) {
+    if (a.empty() || b.empty() || a == kStandardStream || b == kStandardStream) {
+        return false;
+    }
     std::error_code ignored;
-    return !a.empty() && !b.empty() && std::filesystem::equivalent(a, b, ignored);
+    if (std::filesystem::exists(a, ignored) || std::filesystem::exists(b, ignored)) {
+        return std::filesystem::equivalent(a, b, ignored);
+    }
+    return std::filesystem::weakly_canonical(a, ignored) == std::filesystem::weakly_canonical(b, ignored);
 }
 
 /// An output that would overwrite an input; empty if none would.
@@ -72,6 +85,21 @@ std::string OverwrittenInput(const Options& options) {
             if (IsSameFile(input, *output)) {
                 return input;
             }
+        }
+    }
+    return {};
+}
+
+/// A file that two outputs would be mixed in; empty if there is none. Devices may be named twice.
+std::string SharedOutput(const Options& options) {
+    const std::string* const outputs[] = {&options.speech, &options.events, &options.dibits};
+    for (const auto* output = std::begin(outputs); output != std::end(outputs); ++output) {
+        std::error_code ignored;
+        const auto kind = std::filesystem::status(**output, ignored).type();
+        const bool isDevice = std::filesystem::is_other(std::filesystem::file_status(kind));
+        const auto isShared = [&](const std::string* other) { return IsSameFile(**output, *other); };
+        if (!isDevice && std::any_of(output + 1, std::end(outputs), isShared)) {
+            return **output;
         }
     }
     return {};
@@ -95,7 +123,7 @@ bool OpenOutputs(const Options& options, Outputs& outputs) {
 
 bool DecodeInputs(const Options& options, Outputs& outputs) {
     // Events on standard output must not be mixed with text for a person.
-    DecodeJob job(outputs, options.events == "-" ? stderr : stdout);
+    DecodeJob job(outputs, options.events == kStandardStream ? stderr : stdout);
     job.SetTunedFrequency(options.tuned);
     if (!options.dibitInput.empty()) {
         return job.DecodeDibits(options.dibitInput);
@@ -128,6 +156,10 @@ int Run(int argc, char** argv) {
     }
     if (const std::string input = OverwrittenInput(options); !input.empty()) {
         Complain(input + ": is both read and written");
+        return kExitUsage;
+    }
+    if (const std::string output = SharedOutput(options); !output.empty()) {
+        Complain(output + ": is written by two options");
         return kExitUsage;
     }
     Outputs outputs;
