@@ -307,8 +307,12 @@ std::int32_t COrvaDemodulator::RecoverSymbols(std::int32_t count) {
         symbolClock += 1.0F;
         if (symbolClock >= samplesPerSymbol) {
             symbolClock -= samplesPerSymbol;
-            if (!AppendDibit(produced, ClassOf(x))) {
+            const std::int32_t symbolClass = ClassOf(x);
+            if (!AppendDibit(produced, symbolClass)) {
                 return -1;
+            }
+            if (observer != nullptr) {
+                observer->OnSymbol(x, symbolClass);
             }
             ++produced;
         }

@@ -3,6 +3,7 @@
 
 #include "dsp/CtbSampleBlock.h"
 #include "dsp/TFIR_F32.h"
+#include "p25/ISymbolObserver.h"
 
 #include <cstdint>
 
@@ -44,6 +45,9 @@ public:
 
     /// Present oscillator frequency [Hz]: the centre frequency and what frequency control has added.
     double GetMixFrequency() const { return mixFrequency; }
+
+    /// One listener, or null for none, the default. Not owned; must outlive its use here.
+    void SetObserver(ISymbolObserver* listener) { observer = listener; }
 
 private:
     friend struct COrvaDemodulatorInspector;
@@ -102,6 +106,7 @@ private:
     std::int32_t correlatorLength = 0;
     float rateRatio =
         1.0F; ///< of the rate to 48000 Hz; the slicing threshold is deliberately not scaled by it
+    ISymbolObserver* observer = nullptr;
 };
 
 } // namespace orva::p25

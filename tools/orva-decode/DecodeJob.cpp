@@ -54,6 +54,9 @@ DecodeJob::Run::Run(DecodeJob& job, const std::string& inputName)
       }),
       receiver(job.outputs, log, channel) {
     receiver.SetTunedFrequency(job.tunedFrequency);
+    if (!job.plotPath.empty()) {
+        receiver.SetPlot(&plot.emplace());
+    }
     job.progress.Start(name);
 }
 
@@ -72,7 +75,7 @@ bool DecodeJob::DecodeWave(const std::string& path) {
     printer.PrintInput(NameOf(path), RateText(reader.GetSampleRate()));
     Run run(*this, NameOf(path));
     bool whole = FeedWave(reader, run);
-    Finish(run);
+    whole = Finish(run) && whole;
     if (reader.IsUnfinished()) {
         Complain(run.name + ": its header was never completed; decoded to the end of the file");
     }
@@ -115,11 +118,11 @@ bool DecodeJob::DecodeRaw(std::uint32_t rate) {
         outputs.events.Flush(); // the samples may come live
         progress.Update(0, 0, run.receiver.GetSeconds());
     }
-    Finish(run);
+    const bool drawn = Finish(run);
     if (!whole) {
         Complain(run.name + ": out of memory");
     }
-    return whole;
+    return whole && drawn;
 }
 
 bool DecodeJob::DecodeDibits(const std::string& path) {
@@ -130,8 +133,8 @@ bool DecodeJob::DecodeDibits(const std::string& path) {
     }
     printer.PrintInput(NameOf(path), "dibit text");
     Run run(*this, NameOf(path));
-    const bool whole = FeedDibitFile(file, run);
-    Finish(run);
+    bool whole = FeedDibitFile(file, run);
+    whole = Finish(run) && whole;
     if (file != stdin) {
         std::fclose(file);
     }
@@ -169,7 +172,7 @@ bool DecodeJob::FeedDibitFile(std::FILE* file, Run& run) {
     return fed > 0;
 }
 
-void DecodeJob::Finish(Run& run) {
+bool DecodeJob::Finish(Run& run) {
     run.receiver.Finish();
     run.log.Finish(run.receiver.GetSeconds());
     progress.Clear();
@@ -182,6 +185,11 @@ void DecodeJob::Finish(Run& run) {
         outputs.events.Summary(run.receiver.GetSeconds(), realTime, run.log.GetTotals(), run.calls,
                                run.channel);
     }
+    if (run.plot && !run.plot->Write(plotPath, run.name, run.receiver.GetSeconds())) {
+        Complain(plotPath + ": could not be written whole");
+        return false;
+    }
+    return true;
 }
 
 void DecodeJob::ReportCall(const Call& call, std::uint64_t number) {

@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,9 @@ public:
 
     /// Where the receiver was tuned [Hz]; channel identifiers are kept per control channel.
     void SetTunedFrequency(std::uint32_t hz) { tunedFrequency = hz; }
+
+    /// Draw each input into this SVG file; of several inputs the last one stays. Empty for none.
+    void SetPlotPath(const std::string& path) { plotPath = path; }
 
     /// A WAV file, "-" meaning standard input. False if it, or a part of it, could not be decoded.
     bool DecodeWave(const std::string& path);
@@ -47,17 +51,19 @@ private:
         std::vector<Call> calls; ///< the first ones, for the summary event
         CallLog log;
         ControlChannelLog channel;
+        std::optional<SignalPlot> plot;
         Receiver receiver;
         Clock::time_point start = Clock::now();
     };
 
     bool FeedWave(audio::WaveFileReader& reader, Run& run);
     bool FeedDibitFile(std::FILE* file, Run& run);
-    void Finish(Run& run);
+    bool Finish(Run& run);
     void ReportCall(const Call& call, std::uint64_t number);
 
     Outputs& outputs;
     SummaryPrinter printer;
+    std::string plotPath;
     std::uint32_t tunedFrequency = p25::ChannelTable::kUnknownFrequency;
     ProgressBar progress;
 };

@@ -48,6 +48,9 @@ void FrameListener::OnNid(std::int32_t networkAccessCode, std::int32_t duid, std
     }
     const bool isVoice = duid == kHeader || duid == kLdu1 || duid == kLdu2;
     calls.NoteNid(Now(), networkAccessCode, FrameName(duid), isVoice, corrected >= 0);
+    if (plot != nullptr) {
+        plot->NoteFrame(Now(), duid);
+    }
     if (events != nullptr) {
         events->Nid(Now(), networkAccessCode, duid, FrameName(duid), corrected);
     }
@@ -86,6 +89,9 @@ void FrameListener::OnVoiceBits(const voice::ImbeFrameBlock& frame) {
 
 void FrameListener::OnVoiceFrame(const voice::ImbeFrameBlock& frame, float bitErrorRate) {
     calls.NoteVoice(Now(), frame);
+    if (plot != nullptr) {
+        plot->NoteErrorRate(Now(), bitErrorRate);
+    }
     if (events != nullptr) {
         events->Voice(Now(), voiceBits, frame, bitErrorRate);
     }
@@ -93,6 +99,9 @@ void FrameListener::OnVoiceFrame(const voice::ImbeFrameBlock& frame, float bitEr
 
 void FrameListener::OnTrunkingBlock(const p25::TrunkingBlock& block, bool hasGoodCrc, std::uint32_t errors) {
     channel.NoteBlock(block, hasGoodCrc);
+    if (plot != nullptr) {
+        plot->NoteErrorRate(Now(), decoder.GetBitErrorRate());
+    }
     if (events != nullptr) {
         events->TrunkingBlock(Now(), block, hasGoodCrc, errors);
     }

@@ -5,6 +5,7 @@
 #include "tools/orva-decode/CallLog.h"
 #include "tools/orva-decode/ControlChannelLog.h"
 #include "tools/orva-decode/EventWriter.h"
+#include "tools/orva-decode/SignalPlot.h"
 
 #include <string>
 
@@ -22,6 +23,9 @@ public:
     FrameListener(const p25::COrvaFrameDecoder& frameDecoder, CallLog& callLog, ControlChannelLog& channelLog,
                   EventWriter* eventWriter)
         : decoder(frameDecoder), calls(callLog), channel(channelLog), events(eventWriter) {}
+
+    /// What draws the picture, or null for none, the default.
+    void SetPlot(SignalPlot* picture) { plot = picture; }
 
     /// The next `count` dibits given to the decoder span `start` to `end`, in seconds of input.
     void SetStretch(double start, double end, std::int32_t count);
@@ -45,6 +49,7 @@ private:
     CallLog& calls;
     ControlChannelLog& channel;
     EventWriter* events;
+    SignalPlot* plot = nullptr;
     double stretchEnd = 0;
     double secondsPerDibit = 0;
     std::string voiceBits; ///< of the frame in hand, kept until it has been synthesised

@@ -23,9 +23,18 @@ void Receiver::SetSampleRate(std::uint32_t rate) {
     demodulator.SetSampleRate(rate);
 }
 
+void Receiver::SetPlot(SignalPlot* picture) {
+    plot = picture;
+    demodulator.SetObserver(picture);
+    listener.SetPlot(picture);
+}
+
 bool Receiver::FeedSamples(const std::int16_t* samples, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         floats[i] = static_cast<float>(samples[i]) * kFullScale;
+    }
+    if (plot != nullptr) {
+        plot->NoteSamples(floats.data(), count, sampleRate);
     }
     const std::int32_t dibits = demodulator.Process(floats.data(), static_cast<std::int32_t>(count));
     const double duration = static_cast<double>(count) / sampleRate;

@@ -5,6 +5,7 @@
 #include "p25/COrvaFrameDecoder.h"
 #include "tools/orva-decode/FrameListener.h"
 #include "tools/orva-decode/Outputs.h"
+#include "tools/orva-decode/SignalPlot.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -26,6 +27,9 @@ public:
     /// Where the receiver was tuned [Hz].
     void SetTunedFrequency(std::uint32_t hz) { decoder.SetTunedFrequency(hz); }
 
+    /// What draws the picture, or null for none, the default; must outlive the receiver.
+    void SetPlot(SignalPlot* picture);
+
     /// Decodes `count` samples, at most `kBlockSamples`. False without memory.
     bool FeedSamples(const std::int16_t* samples, std::size_t count);
 
@@ -45,6 +49,7 @@ private:
     p25::COrvaFrameDecoder decoder;
     FrameListener listener;
     std::vector<float> floats;
+    SignalPlot* plot = nullptr;
     std::uint32_t sampleRate = 0;
     double seconds = 0;
 };

@@ -29,6 +29,7 @@ struct Options {
     std::string speech;
     std::string events;
     std::string dibits;
+    std::string plot;
 };
 
 void Describe(CLI::App& app, Options& options) {
@@ -43,6 +44,8 @@ void Describe(CLI::App& app, Options& options) {
     app.add_option("-o,--output", options.speech, "Write the speech to this WAV file, 8000 Hz, 16 bit, mono");
     app.add_option("--events", options.events, "Write events as JSON Lines; '-' is standard output");
     app.add_option("--dibits", options.dibits, "Write the dibit text");
+    app.add_option("--plot", options.plot,
+                   "Draw spectrum, symbols, error rate and frames into this SVG file");
 }
 
 /// What is wrong with the options taken together; empty if nothing is.
@@ -81,7 +84,7 @@ std::string OverwrittenInput(const Options& options) {
     std::vector<std::string> inputs = options.inputs;
     inputs.push_back(options.dibitInput);
     for (const std::string& input : inputs) {
-        for (const std::string* output : {&options.speech, &options.events, &options.dibits}) {
+        for (const std::string* output : {&options.speech, &options.events, &options.dibits, &options.plot}) {
             if (IsSameFile(input, *output)) {
                 return input;
             }
@@ -92,7 +95,7 @@ std::string OverwrittenInput(const Options& options) {
 
 /// A file that two outputs would be mixed in; empty if there is none. Devices may be named twice.
 std::string SharedOutput(const Options& options) {
-    const std::string* const outputs[] = {&options.speech, &options.events, &options.dibits};
+    const std::string* const outputs[] = {&options.speech, &options.events, &options.dibits, &options.plot};
     for (const auto* output = std::begin(outputs); output != std::end(outputs); ++output) {
         std::error_code ignored;
         const auto kind = std::filesystem::status(**output, ignored).type();
@@ -125,6 +128,7 @@ bool DecodeInputs(const Options& options, Outputs& outputs) {
     // Events on standard output must not be mixed with text for a person.
     DecodeJob job(outputs, options.events == kStandardStream ? stderr : stdout);
     job.SetTunedFrequency(options.tuned);
+    job.SetPlotPath(options.plot);
     if (!options.dibitInput.empty()) {
         return job.DecodeDibits(options.dibitInput);
     }
