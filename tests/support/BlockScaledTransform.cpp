@@ -14,8 +14,18 @@ namespace {
 
 using Complex = std::complex<double>;
 
-Complex Turn(double cycles) {
-    return std::polar(1.0, 2.0 * std::numbers::pi * cycles);
+constexpr std::size_t kLongest = 256;
+
+// e^(j pi k / half)
+Complex Twiddle(std::size_t k, std::size_t half) {
+    static const std::vector<Complex> table = [] {
+        std::vector<Complex> turns(kLongest / 2);
+        for (std::size_t i = 0; i < turns.size(); ++i) {
+            turns[i] = std::polar(1.0, 2.0 * std::numbers::pi * static_cast<double>(i) / kLongest);
+        }
+        return turns;
+    }();
+    return table[k * (kLongest / 2 / half)];
 }
 
 void ReverseBits(std::span<Complex> values) {
@@ -34,7 +44,7 @@ void ReverseBits(std::span<Complex> values) {
 // One stage of butterflies between points `half` apart; every result is multiplied by `scale`.
 void RunStage(std::span<Complex> values, std::size_t half, double direction, double scale) {
     for (std::size_t k = 0; k < half; ++k) {
-        const Complex twiddle = Turn(direction * static_cast<double>(k) / static_cast<double>(2 * half));
+        const Complex twiddle = direction > 0.0 ? Twiddle(k, half) : std::conj(Twiddle(k, half));
         for (std::size_t first = k; first < values.size(); first += 2 * half) {
             const Complex product = twiddle * values[first + half];
             values[first + half] = scale * (values[first] - product);
@@ -81,8 +91,7 @@ int InverseRealTransform(std::span<const Complex> spectrum, std::span<double> va
     std::vector<Complex> pairs(points);
     for (std::size_t k = 0; k < points; ++k) {
         const Complex mirrored = std::conj(bin(points - k));
-        const Complex odd =
-            (bin(k) - mirrored) * Turn(static_cast<double>(k) / static_cast<double>(2 * points));
+        const Complex odd = (bin(k) - mirrored) * Twiddle(k, points);
         pairs[k] = 0.25 * (bin(k) + mirrored + Complex(0.0, 1.0) * odd);
     }
     const int rise = InverseTransform(pairs);

@@ -6,7 +6,7 @@
 
 namespace orva::test {
 
-/// Replaces nothing in `spectrum`; writes N = 2^stages real values to `values`.
+/// Writes N = 2^stages real values, N <= 256, to `values`.
 ///
 /// In and out are mantissas: numbers that a 16-bit transform would hold in -32768..32767, not rounded here.
 /// The result times 2^(returned exponent) is one half of the inverse discrete Fourier transform (with its
@@ -15,7 +15,7 @@ namespace orva::test {
 int InverseRealTransform(std::span<const std::complex<double>> spectrum, std::span<double> values,
                          int exponent, int stages);
 
-/// Forward discrete Fourier transform, e^-j, without scaling, in place. [power of two]
+/// Forward discrete Fourier transform, e^-j, without scaling, in place. [power of two, <= 256]
 void ForwardTransform(std::span<std::complex<double>> values);
 
 } // namespace orva::test

@@ -171,8 +171,8 @@ void FloatVoiceConditioner::TrackEnergy(double frameEnergy) {
     }
 }
 
-void FloatVoiceConditioner::ForceStrongToVoiced(FloatVoiceFrame& frame,
-                                                const VoiceErrorFigures& errors) const {
+void FloatVoiceConditioner::ForceStrongToVoiced(FloatVoiceFrame& frame, const VoiceErrorFigures& errors) {
+    voicingMargin = std::numeric_limits<double>::infinity();
     if (errors.errorRate < 165 && errors.errorTotal < 4) {
         return;
     }
@@ -183,7 +183,10 @@ void FloatVoiceConditioner::ForceStrongToVoiced(FloatVoiceFrame& frame,
     const int rounded = std::clamp((threshold + 32768) >> 16, -15359, 15359); // Q10
     const double least = std::floor(std::exp2(rounded / 1024.0));
     for (std::size_t i = 0; i < static_cast<std::size_t>(frame.harmonics); ++i) {
-        frame.voiced[i] = frame.voiced[i] || frame.amplitudes[i] > least;
+        if (!frame.voiced[i]) {
+            voicingMargin = std::min(voicingMargin, std::abs(frame.amplitudes[i] / least - 1.0));
+            frame.voiced[i] = frame.amplitudes[i] > least;
+        }
     }
 }
 

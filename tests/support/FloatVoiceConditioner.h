@@ -3,6 +3,8 @@
 
 #include "tests/support/FloatVoiceFrame.h"
 
+#include <limits>
+
 namespace orva::test {
 
 /// What the channel decoder says about the frame.
@@ -26,13 +28,19 @@ public:
     /// Smoothed energy, in squares of full scale.
     double Energy() const { return energy; }
 
+    /// How near the last frame's amplitudes came to being forced to voiced or not, as a share of the
+    /// threshold; infinite where nothing was at stake. A decoder that rounds may decide a near tie the other
+    /// way.
+    double VoicingMargin() const { return voicingMargin; }
+
 private:
     void DerivePhases(const FloatVoiceFrame& frame, const LogSpectrum& logAmplitudes);
     void EnhanceSpectrum(FloatVoiceFrame& frame);
     void TrackEnergy(double frameEnergy);
-    void ForceStrongToVoiced(FloatVoiceFrame& frame, const VoiceErrorFigures& errors) const;
+    void ForceStrongToVoiced(FloatVoiceFrame& frame, const VoiceErrorFigures& errors);
 
     PhaseOffsets phases{};
+    double voicingMargin = std::numeric_limits<double>::infinity();
     double energy = 18750.0 / 32768.0 / 8192.0;
 };
 

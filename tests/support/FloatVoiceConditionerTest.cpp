@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include <gtest/gtest.h>
 
@@ -186,6 +187,29 @@ TEST(FloatVoiceConditioner, StrongHarmonicsBecomeVoicedOnABadChannelOnly) {
     EXPECT_FALSE(isForced({164, 3, 1}));
     EXPECT_TRUE(isForced({164, 4, 1}));
     EXPECT_TRUE(isForced({165, 0, 1}));
+}
+
+TEST(FloatVoiceConditioner, TellsHowNearATieTheVoicingWas) {
+    FloatVoiceConditioner conditioner;
+    FloatVoiceFrame frame = VoicedFrame(kPitchCode);
+    conditioner.Condition(frame, Flat(5.0), {1000, 4, 1});
+    EXPECT_EQ(conditioner.VoicingMargin(), std::numeric_limits<double>::infinity());
+
+    frame.voiced.fill(false);
+    conditioner.Condition(frame, Flat(5.0), {1000, 4, 1});
+    // 2^0.5 by the 0.375th power of the energy, in whole steps.
+    const double threshold =
+        std::floor(std::exp2(0.5 + 0.375 * std::log2(conditioner.Energy() * 1073741824.0)));
+    const double unvoicedScale = std::sqrt(256.0 * std::ldexp(frame.fundamental, -19));
+    double expected = 1.0;
+    for (std::size_t i = 0; i < 56; ++i) {
+        const double amplitude = frame.amplitudes[i] / (frame.voiced[i] ? 1.0 : unvoicedScale);
+        expected = std::min(expected, std::abs(amplitude / threshold - 1.0));
+    }
+    EXPECT_NEAR(conditioner.VoicingMargin(), expected, 1e-9);
+
+    conditioner.Condition(frame, Flat(5.0), {});
+    EXPECT_EQ(conditioner.VoicingMargin(), std::numeric_limits<double>::infinity());
 }
 
 } // namespace

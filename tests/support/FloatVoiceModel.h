@@ -47,6 +47,8 @@ public:
     const FloatVoiceFrame& PlayedFrame() const { return lastFrame; }
     const PhaseOffsets& Phases() const { return conditioner.Phases(); }
     int FundamentalPhase() const { return voiced.FundamentalPhase(); }
+    /// See `FloatVoiceConditioner::VoicingMargin`.
+    double VoicingMargin() const { return conditioner.VoicingMargin(); }
     double Energy() const { return conditioner.Energy(); }
 
     /// Samples before rounding, in sample steps, within the 16-bit range.
