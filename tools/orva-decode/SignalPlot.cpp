@@ -87,8 +87,8 @@ template <std::size_t Bins>
 std::string DrawSymbols(const std::array<std::uint64_t, Bins>& counts) {
     const auto highest = static_cast<double>(*std::max_element(counts.begin(), counts.end()));
     SvgPanel panel({560, kTop, 370, kPanelHeight}, {-kSymbolRange, kSymbolRange, 0, std::max(1.0, highest)});
-    panel.Title("Discriminator at the symbol instants");
-    panel.HorizontalTicks(0.2, "rad/sample");
+    panel.Title("Discriminator at the symbol instants, rad/sample");
+    panel.HorizontalTicks(0.2, "");
     for (const double threshold : {-kThreshold, 0.0, kThreshold}) {
         panel.Marker(threshold);
     }

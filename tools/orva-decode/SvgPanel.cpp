@@ -25,6 +25,11 @@ std::string Label(double value) {
     return text;
 }
 
+/// A unit as it follows a number; nothing for none.
+std::string Behind(const std::string& unit) {
+    return unit.empty() ? unit : " " + unit;
+}
+
 std::string Escaped(const std::string& text) {
     std::string escaped;
     for (const char c : text) {
@@ -82,7 +87,8 @@ void SvgPanel::HorizontalTicks(double step, const std::string& unit) {
         const double x = PixelX(i * step);
         drawing += Segment(x, box.y, x, box.y + box.height, kGridColour, "");
         const bool isLast = (i + 1) * step > range.right * (1 + 1e-9);
-        Text(x, box.y + box.height + 16, "middle", Label(i * step) + (isLast ? " " + unit : ""), kTextColour);
+        Text(x, box.y + box.height + 16, "middle", Label(i * step) + (isLast ? Behind(unit) : ""),
+             kTextColour);
     }
 }
 
@@ -92,7 +98,7 @@ void SvgPanel::VerticalTicks(double step, const std::string& unit) {
         const double y = PixelY(i * step);
         drawing += Segment(box.x, y, box.x + box.width, y, kGridColour, "");
         const bool isLast = (i + 1) * step > range.top + 1e-9;
-        Text(box.x - kLabelGap, y + 4, "end", Label(i * step) + (isLast ? " " + unit : ""), kTextColour);
+        Text(box.x - kLabelGap, y + 4, "end", Label(i * step) + (isLast ? Behind(unit) : ""), kTextColour);
     }
 }
 
