@@ -30,7 +30,7 @@ constexpr double kLeastSnrDb = 33.0;
 constexpr double kLeastFrameSnrDb = 30.0; // 5th percentile of the frames that can be heard
 constexpr double kAudibleRms = 100.0;     // sample steps; below it the rounding of samples counts
 constexpr int kMostQuietSteps = 8;
-constexpr double kNearTie = 0.005; // share of the voicing threshold
+constexpr double kNearTie = 0.01; // share of the voicing threshold, which is a whole number of sample steps
 
 struct Power {
     double signal = 0.0;
