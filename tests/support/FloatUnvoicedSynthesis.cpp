@@ -10,7 +10,6 @@ namespace orva::test {
 namespace {
 
 constexpr int kFadeStart = 55;
-constexpr int kFadeEnd = 105;
 constexpr int kLowestBin = 3; // all below about 94 Hz is cleared
 constexpr int kHighestBin = 120;
 
