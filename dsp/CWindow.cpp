@@ -1,8 +1,8 @@
 #include "dsp/CWindow.h"
 
 #include <cmath>
-#include <cstring>
 #include <numbers>
+#include <string_view>
 
 namespace orva::dsp {
 namespace {
@@ -24,10 +24,10 @@ enum NamedWindow : std::uint32_t {
     kWindowCount,
 };
 
-constexpr const char* kNames[kWindowCount] = {
+constexpr std::string_view kNames[kWindowCount] = {
     "Rectangular", "Hanning",           "Hamming", "Blackman", "Flat Top",  "Bartlett - Hanning",
     "Bartlett",    "Blackman - Harris", "Bohman",  "Gaussian", "Triangular"};
-constexpr const char* kNoName = "N/A";
+constexpr std::string_view kNoName = "N/A";
 
 /// What differs in the interleaved form: see `Bartlett` and `BlackmanHarris`.
 enum class Form { Contiguous, Interleaved };
@@ -140,11 +140,15 @@ std::uint32_t CWindow::GetWindowCount() {
 }
 
 std::int32_t CWindow::GetWindowName(std::uint32_t index, char* text, std::int32_t maxLength) {
-    const char* name = index < kWindowCount ? kNames[index] : kNoName;
+    const std::string_view name = index < kWindowCount ? kNames[index] : kNoName;
+    const auto length = static_cast<std::int32_t>(name.size());
     if (text != nullptr && maxLength > 0) {
-        std::strncpy(text, name, static_cast<std::size_t>(maxLength));
+        const std::size_t copied = name.copy(text, static_cast<std::size_t>(maxLength));
+        if (length < maxLength) {
+            text[copied] = '\0';
+        }
     }
-    return static_cast<std::int32_t>(std::strlen(name));
+    return length;
 }
 
 bool CWindow::ApplyF32(std::uint32_t index, float* data, std::int32_t count) {

@@ -111,6 +111,9 @@ void FirStorage::LoadSubFilters(const double* taps) {
 }
 
 void FirStorage::LoadTaps(const double* taps, bool resetPosition) {
+    if (!IsAllocated() || taps == nullptr) {
+        return;
+    }
     if (Interpolates()) {
         LoadSubFilters(taps);
     } else {

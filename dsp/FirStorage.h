@@ -29,7 +29,8 @@ public:
     bool IsAllocated() const { return static_cast<bool>(block); }
 
     /// Narrows `length` taps to f32 and stores them in the layout that the kernels of this geometry read.
-    /// resetPosition  also puts `position`, and when interpolating the sub-filter in use, to their start
+    /// Does nothing for a null pointer or without memory. resetPosition  also puts `position`, and when
+    /// interpolating the sub-filter in use, to their start
     void LoadTaps(const double* taps, bool resetPosition);
 
     /// Zeroes the history and sets `phaseCounter` 0 and `position` to its start.

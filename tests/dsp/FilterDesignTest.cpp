@@ -215,6 +215,26 @@ TEST(FilterDesign, FrequencySamplingStartsFromAFlatResponse) {
     ExpectTaps(filter, FromMagnitudes(wanted, std::vector<double>(32, 1.0 / 64.0)));
 }
 
+/// Every platform's mathematics must lead to these taps of the receiver's low-pass, to well below a float's
+/// rounding.
+TEST(FilterDesign, IsTheSameOnEveryPlatform) {
+    TFIR_F32 filter;
+    ASSERT_TRUE(filter.SetLength(32));
+    ASSERT_TRUE(filter.SetSampleRate(48000.0));
+    ASSERT_TRUE(filter.SetFilterType(kFilterLowPass));
+    filter.SetHighCut(3000.0);
+    constexpr double kHalf[16] = {
+        -5.30398065857e-07, -1.30677442965e-05, -8.86580219257e-05, -0.000317114115245,
+        -0.000777078193148, -0.00136336904343,  -0.00151769707528,  0.0,
+        0.0050764435216,    0.0157580530933,    0.0333296635136,    0.0572817534924,
+        0.0847082674477,    0.110619126362,     0.129269241514,     0.136069931294};
+    const std::vector<double> taps = Inspector::DesignTaps(filter);
+    for (std::size_t i = 0; i < 16; ++i) {
+        EXPECT_NEAR(taps[i], kHalf[i], 1e-12) << "tap " << i;
+        EXPECT_EQ(taps[30 - i], taps[i]) << "tap " << i;
+    }
+}
+
 // With a rate change
 
 TEST(FilterDesign, PassThroughWithARateChangeIsALowPassAtNyquist) {
