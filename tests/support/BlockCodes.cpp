@@ -13,6 +13,8 @@ namespace orva::test {
 namespace {
 
 constexpr int kBchRoots = 22;
+constexpr unsigned kLdu1 = 0x5;
+constexpr unsigned kLdu2 = 0xA;
 constexpr std::uint64_t kGolayGenerator = 0xC75;
 constexpr std::uint64_t kLowSpeedDataGenerator = 0x139;
 
@@ -29,8 +31,9 @@ int Degree(std::uint64_t polynomial) {
 
 std::uint64_t Remainder(std::uint64_t dividend, std::uint64_t divisor) {
     const int degree = Degree(divisor);
-    while (Degree(dividend) >= degree)
+    while (Degree(dividend) >= degree) {
         dividend ^= divisor << (Degree(dividend) - degree);
+    }
     return dividend;
 }
 
@@ -49,8 +52,9 @@ std::uint32_t EncodeHamming(unsigned information, std::span<const std::uint8_t> 
     unsigned parity = 0;
     unsigned probe = 1u << (parityRows.size() - 1);
     for (const std::uint8_t row : parityRows) {
-        if (information & probe)
+        if (information & probe) {
             parity ^= row;
+        }
         probe >>= 1;
     }
     return information << kHammingParityBits | parity;
@@ -75,20 +79,25 @@ std::vector<std::uint8_t> PolynomialWithRoots(const std::set<int>& exponents) {
 std::uint64_t BchGenerator() {
     // A binary polynomial with a root has all the root's conjugates, its repeated squares.
     std::set<int> exponents;
-    for (int root = 1; root <= kBchRoots; ++root)
-        for (int conjugate = root; exponents.insert(conjugate).second;)
+    for (int root = 1; root <= kBchRoots; ++root) {
+        for (int conjugate = root; exponents.insert(conjugate).second;) {
             conjugate = conjugate * 2 % kFieldOrder;
+        }
+    }
 
     std::uint64_t generator = 0;
     int power = 0;
-    for (const std::uint8_t coefficient : PolynomialWithRoots(exponents))
+    for (const std::uint8_t coefficient : PolynomialWithRoots(exponents)) {
         generator |= std::uint64_t{coefficient} << power++;
+    }
     return generator;
 }
 
 std::uint64_t EncodeNid(unsigned networkAccessCode, unsigned dataUnit) {
     static const std::uint64_t generator = BchGenerator();
-    return AppendParity(EncodeCyclic((networkAccessCode & 0xFFFu) << 4 | (dataUnit & 0xFu), generator));
+    const std::uint64_t word = EncodeCyclic((networkAccessCode & 0xFFFu) << 4 | (dataUnit & 0xFu), generator);
+    const bool parity = dataUnit == kLdu1 || dataUnit == kLdu2;
+    return word << 1 | static_cast<unsigned>(parity);
 }
 
 std::uint32_t EncodeGolay23(unsigned information) {

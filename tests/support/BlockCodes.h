@@ -21,7 +21,8 @@ constexpr int kLowSpeedDataWordBits = 16;
 std::uint64_t BchGenerator();
 
 /// The 64 bits of a network identifier: BCH(63,16) of the 12-bit `networkAccessCode` and the 4-bit
-/// `dataUnit`, then the bit that makes the number of ones even. The first bit on the air is bit 63.
+/// `dataUnit`, then the parity bit as the standard lists it by data unit and as it is seen on the air: 1 for
+/// LDU1 and LDU2, 0 for the others, whatever the parity of the word. The first bit on the air is bit 63.
 std::uint64_t EncodeNid(unsigned networkAccessCode, unsigned dataUnit);
 
 /// Golay(23,12), generator x^11 + x^10 + x^6 + x^5 + x^4 + x^2 + 1, of 12 information bits.

@@ -18,8 +18,9 @@ constexpr double kCycle = 2.0 * std::numbers::pi;
 // Deviation of white noise over half the sample rate, of which `kNoiseBandwidth` holds the stated share of
 // the carrier's power.
 double NoiseDeviation(const ModulatorSettings& settings) {
-    if (!settings.snrDb)
+    if (!settings.snrDb) {
         return 0.0;
+    }
     const double carrierPower = 0.5 * settings.amplitude * settings.amplitude;
     const double noiseInBand = carrierPower / std::pow(10.0, *settings.snrDb / 10.0);
     return std::sqrt(noiseInBand * (0.5 * settings.sampleRate) / kNoiseBandwidth);
@@ -44,10 +45,11 @@ C4fmModulator::C4fmModulator(const ModulatorSettings& modulatorSettings)
 void C4fmModulator::AddGap(double seconds, Gap kind) {
     stretchEnd += seconds * settings.sampleRate;
     for (; static_cast<double>(sampleCount) < stretchEnd; ++sampleCount) {
-        if (kind == Gap::Noise)
+        if (kind == Gap::Noise) {
             AppendSample(0.0);
-        else
+        } else {
             samples.push_back(0);
+        }
     }
 }
 

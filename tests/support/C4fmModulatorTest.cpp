@@ -18,8 +18,9 @@ constexpr double kCycle = 2.0 * std::numbers::pi;
 std::string RandomDibits(std::size_t count) {
     RandomSource random(12);
     std::string dibits;
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         dibits.push_back(static_cast<char>('0' + random.Below(4)));
+    }
     return dibits;
 }
 
@@ -36,16 +37,18 @@ std::vector<double> PhaseTrack(const std::vector<std::int16_t>& samples, double 
         taps.push_back((n == 0 ? 1.0 : std::sin(x) / x) * window);
     }
     std::vector<std::complex<double>> mixed;
-    for (std::size_t n = 0; n < samples.size(); ++n)
+    for (std::size_t n = 0; n < samples.size(); ++n) {
         mixed.push_back(
             std::polar(static_cast<double>(samples[n]), -kCycle * carrier / rate * static_cast<double>(n)));
+    }
 
     std::vector<double> track(samples.size(), 0.0);
     std::complex<double> previous;
     for (std::size_t n = kHalf; n + kHalf < mixed.size(); ++n) {
         std::complex<double> sum;
-        for (std::size_t k = 0; k < taps.size(); ++k)
+        for (std::size_t k = 0; k < taps.size(); ++k) {
             sum += mixed[n + k - kHalf] * taps[k];
+        }
         track[n] = track[n - 1] + (previous == 0.0 ? 0.0 : std::arg(sum * std::conj(previous)) / kCycle);
         previous = sum;
     }
@@ -78,8 +81,9 @@ double WorstMeanDeviation(const std::vector<double>& track, const std::string& d
 
 double Power(const std::vector<std::int16_t>& samples) {
     double sum = 0.0;
-    for (const std::int16_t sample : samples)
+    for (const std::int16_t sample : samples) {
         sum += static_cast<double>(sample) * sample;
+    }
     return sum / static_cast<double>(samples.size());
 }
 
@@ -202,6 +206,15 @@ TEST(C4fmModulator, TakeMovesThePieceOut) {
     pieces.Transmit(first);
     take();
     EXPECT_EQ(joined, whole.Samples());
+}
+
+TEST(C4fmModulator, TellsWhereTheNextStretchBegins) {
+    C4fmModulator modulator({.sampleRate = 64000, .symbolPhase = 0.5});
+    EXPECT_DOUBLE_EQ(modulator.Seconds(), 0.5 / 64000.0);
+    modulator.AddGap(0.25);
+    modulator.Transmit(RandomDibits(480));
+    modulator.Take();
+    EXPECT_NEAR(modulator.Seconds(), 0.35, 1e-5);
 }
 
 TEST(C4fmModulator, SeedChoosesTheNoise) {

@@ -37,8 +37,9 @@ double Transform(double symbols) {
 
 PulseTable MakePulseTable() {
     PulseTable table = {};
-    for (std::size_t step = 0; step < kTableSteps; ++step)
+    for (std::size_t step = 0; step < kTableSteps; ++step) {
         table[step] = Transform(static_cast<double>(step) / kStepsPerSymbol);
+    }
     return table;
 }
 
@@ -59,8 +60,9 @@ double NominalDeviation(char dibit) {
 
 double ShapingResponse(double hz) {
     const double frequency = std::abs(hz);
-    if (frequency >= kStopBandHz)
+    if (frequency >= kStopBandHz) {
         return 0.0;
+    }
     const double raisedCosine = frequency <= kPassBandHz
                                     ? 1.0
                                     : 0.5 + 0.5 * std::cos(std::numbers::pi * (frequency - kPassBandHz) /
@@ -72,8 +74,9 @@ double ShapingResponse(double hz) {
 double ShapingPulse(double symbols) {
     static const PulseTable table = MakePulseTable();
     const double position = std::abs(symbols) * kStepsPerSymbol;
-    if (position >= static_cast<double>(kTableSteps))
+    if (position >= static_cast<double>(kTableSteps)) {
         return 0.0;
+    }
     const auto index = static_cast<std::size_t>(position);
     const double fraction = position - static_cast<double>(index);
     return table[index] + fraction * (table[index + 1] - table[index]);
@@ -87,9 +90,10 @@ double DeviationAt(std::string_view dibits, double symbols) {
     const std::int64_t end =
         std::min<std::int64_t>(nearest + kPulseReach + 1, static_cast<std::int64_t>(dibits.size()));
     double deviation = 0.0;
-    for (std::int64_t symbol = first; symbol < end; ++symbol)
+    for (std::int64_t symbol = first; symbol < end; ++symbol) {
         deviation += NominalDeviation(dibits[static_cast<std::size_t>(symbol)]) *
                      ShapingPulse(centre - static_cast<double>(symbol));
+    }
     return deviation;
 }
 

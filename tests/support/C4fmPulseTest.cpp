@@ -14,8 +14,9 @@ namespace {
 std::string RandomDibits(std::size_t count) {
     RandomSource random(11);
     std::string dibits;
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         dibits.push_back(static_cast<char>('0' + random.Below(4)));
+    }
     return dibits;
 }
 
@@ -24,8 +25,9 @@ std::string RandomDibits(std::size_t count) {
 double MeanOverSymbol(const std::string& dibits, std::size_t index) {
     constexpr int kSteps = 64;
     double sum = 0.0;
-    for (int step = 0; step < kSteps; ++step)
+    for (int step = 0; step < kSteps; ++step) {
         sum += DeviationAt(dibits, static_cast<double>(index) + (step + 0.5) / kSteps);
+    }
     return sum / kSteps;
 }
 
@@ -69,16 +71,19 @@ TEST(C4fmPulse, PulseIsSymmetricAndEnds) {
 TEST(C4fmPulse, LongRunReachesTheNominalDeviation) {
     for (const char dibit : {'0', '1', '2', '3'}) {
         const std::string run(100, dibit);
-        for (double symbols = 49.0; symbols < 51.0; symbols += 0.1)
+        for (int step = 0; step < 20; ++step) {
+            const double symbols = 49.0 + 0.1 * step;
             EXPECT_NEAR(DeviationAt(run, symbols), NominalDeviation(dibit), 2.0) << dibit << " " << symbols;
+        }
     }
 }
 
 TEST(C4fmPulse, MeanOverASymbolIsFreeOfNeighbours) {
     const std::string dibits = RandomDibits(400);
     double worst = 0.0;
-    for (std::size_t index = 20; index < 380; ++index)
+    for (std::size_t index = 20; index < 380; ++index) {
         worst = std::max(worst, std::abs(MeanOverSymbol(dibits, index) - NominalDeviation(dibits[index])));
+    }
     RecordProperty("worst_hz", std::to_string(worst));
     EXPECT_LT(worst, 5.0);
 }

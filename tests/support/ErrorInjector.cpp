@@ -14,10 +14,12 @@ constexpr char kQuietStatus = '2'; // "unknown", what a subscriber unit sends
 
 // Characters a receiver may slice next to the right one.
 char NeighbouringCharacter(char dibit, bool upward) {
-    if (dibit == '0')
+    if (dibit == '0') {
         return '1';
-    if (dibit == '3')
+    }
+    if (dibit == '3') {
         return '2';
+    }
     return static_cast<char>(upward ? dibit + 1 : dibit - 1);
 }
 
@@ -40,33 +42,38 @@ ErrorPlan ErrorPlan::Heaviest() {
 
 std::uint64_t ErrorInjector::FlipBits(std::uint64_t word, int width, int count) {
     // Each bit in turn is taken with the chance that makes every choice of `count` places equally likely.
-    for (int left = width; left > 0 && count > 0; --left)
+    for (int left = width; left > 0 && count > 0; --left) {
         if (random.Below(static_cast<std::uint32_t>(left)) < static_cast<std::uint32_t>(count)) {
             word ^= std::uint64_t{1} << (left - 1);
             --count;
         }
+    }
     return word;
 }
 
 void ErrorInjector::ReplaceSymbols(std::span<std::uint8_t> symbols, int count) {
     constexpr std::uint32_t kOtherValues = 63;
     const std::uint64_t places = FlipBits(0, static_cast<int>(symbols.size()), count);
-    for (std::size_t place = 0; place < symbols.size(); ++place)
-        if (places >> place & 1)
+    for (std::size_t place = 0; place < symbols.size(); ++place) {
+        if (places >> place & 1) {
             symbols[place] = static_cast<std::uint8_t>(symbols[place] ^ (1 + random.Below(kOtherValues)));
+        }
+    }
 }
 
 std::string ErrorInjector::SpoilSync(const std::string& sync) {
     std::string spoilt = sync;
     const std::uint64_t places = FlipBits(0, static_cast<int>(sync.size()), plan.syncDibits);
-    for (std::size_t place = 0; place < sync.size(); ++place)
-        if (places >> place & 1)
+    for (std::size_t place = 0; place < sync.size(); ++place) {
+        if (places >> place & 1) {
             spoilt[place] = NeighbouringCharacter(sync[place], random.Below(2) != 0);
+        }
+    }
     return spoilt;
 }
 
 std::uint64_t ErrorInjector::SpoilNid(std::uint64_t nid) {
-    const std::uint64_t parity = (nid & 1) ^ (plan.nidParity ? random.Below(2) : 0);
+    const std::uint64_t parity = plan.nidParity ? random.Below(2) : nid & 1;
     return FlipBits(nid >> 1, kNidBits - 1, plan.nidBits) << 1 | parity;
 }
 

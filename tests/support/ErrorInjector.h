@@ -32,8 +32,7 @@ struct ErrorPlan {
 class ErrorInjector {
 public:
     explicit ErrorInjector(const ErrorPlan& errorPlan = {}, std::uint64_t seed = 1)
-        : plan(errorPlan),
-          random(seed) {}
+        : plan(errorPlan), random(seed) {}
 
     const ErrorPlan& Plan() const { return plan; }
 

@@ -25,19 +25,21 @@ TEST(ErrorInjector, CleanPlanChangesNothing) {
 
 TEST(ErrorInjector, FlipsExactlyAsManyBitsWithinTheWidth) {
     ErrorInjector errors;
-    for (int count = 0; count <= 18; ++count)
+    for (int count = 0; count <= 18; ++count) {
         for (int trial = 0; trial < 50; ++trial) {
             const std::uint64_t flipped = errors.FlipBits(0, 18, count);
             ASSERT_EQ(std::popcount(flipped), count);
             ASSERT_EQ(flipped >> 18, 0u);
         }
+    }
 }
 
 TEST(ErrorInjector, FlipsEveryPlaceSometimes) {
     ErrorInjector errors;
     std::uint64_t places = 0;
-    for (int trial = 0; trial < 300; ++trial)
+    for (int trial = 0; trial < 300; ++trial) {
         places |= errors.FlipBits(0, 23, 1);
+    }
     EXPECT_EQ(places, 0x7FFFFFu);
 }
 
@@ -75,8 +77,9 @@ TEST(ErrorInjector, NidErrorsSpareTheParityBitUnlessAsked) {
     }
     ErrorInjector parity({.nidParity = true});
     std::set<std::uint64_t> seen;
-    for (int trial = 0; trial < 100; ++trial)
+    for (int trial = 0; trial < 100; ++trial) {
         seen.insert(parity.SpoilNid(0));
+    }
     EXPECT_EQ(seen, (std::set<std::uint64_t>{0, 1}));
 }
 
@@ -99,8 +102,9 @@ TEST(ErrorInjector, HeaviestPlanLoadsEveryVoiceWordToItsLimit) {
 TEST(ErrorInjector, RandomStatusTakesAllFourValues) {
     ErrorInjector errors({.randomStatus = true});
     std::set<char> seen;
-    for (int trial = 0; trial < 100; ++trial)
+    for (int trial = 0; trial < 100; ++trial) {
         seen.insert(errors.StatusSymbol());
+    }
     EXPECT_EQ(seen, (std::set<char>{'0', '1', '2', '3'}));
 }
 

@@ -24,8 +24,9 @@ constexpr std::size_t kLowSpeedDataAfter = 7;
 
 BitString Octets(const MessageIndicator& octets) {
     BitString bits;
-    for (const std::uint8_t octet : octets)
+    for (const std::uint8_t octet : octets) {
         bits.Append(octet, kOctetBits);
+    }
     return bits;
 }
 
@@ -46,8 +47,9 @@ BitString EncryptionSyncBits(const EncryptionSync& sync) {
 }
 
 void AppendVoice(BitString& bits, const ChannelBits& voice) {
-    for (const std::uint8_t bit : voice)
+    for (const std::uint8_t bit : voice) {
         bits.Append(bit, 1);
+    }
 }
 
 } // namespace
@@ -57,8 +59,9 @@ BitString LinkControlBits(const LinkControl& link) {
     BitString bits;
     bits.Append(link.format, kOctetBits);
     if (link.format != LinkControl::kGroupVoice && link.format != LinkControl::kUnitToUnitVoice) {
-        for (const std::uint8_t octet : link.otherOctets)
+        for (const std::uint8_t octet : link.otherOctets) {
             bits.Append(octet, kOctetBits);
+        }
         return bits;
     }
     bits.Append(link.manufacturer, kOctetBits);
@@ -81,13 +84,16 @@ std::string FrameBuilder::Frame(unsigned networkAccessCode, unsigned dataUnit, c
     std::string frame;
     const auto append = [&](char dibit) {
         frame.push_back(dibit);
-        if (frame.size() % kStatusPeriod == kStatusPeriod - 1)
+        if (frame.size() % kStatusPeriod == kStatusPeriod - 1) {
             frame.push_back(errors.StatusSymbol());
+        }
     };
-    for (const char dibit : content)
+    for (const char dibit : content) {
         append(dibit);
-    while (frame.size() % kStatusPeriod != 0)
+    }
+    while (frame.size() % kStatusPeriod != 0) {
         append('0');
+    }
     return frame;
 }
 
@@ -95,9 +101,10 @@ std::string FrameBuilder::Header(unsigned networkAccessCode, const HeaderFields&
     std::vector<std::uint8_t> symbols = EncodeReedSolomon(HeaderBits(fields).Symbols(), kHeaderParitySymbols);
     errors.ReplaceSymbols(symbols, errors.Plan().headerSymbols);
     BitString body;
-    for (const std::uint8_t symbol : symbols)
+    for (const std::uint8_t symbol : symbols) {
         body.Append(errors.FlipBits(EncodeGolay18(symbol), kGolay18Bits, errors.Plan().headerWordBits),
                     kGolay18Bits);
+    }
     return Frame(networkAccessCode, static_cast<unsigned>(DataUnit::Header), body);
 }
 
@@ -139,9 +146,10 @@ BitString FrameBuilder::CodeSymbolsByHamming(const BitString& content, int parit
     std::vector<std::uint8_t> symbols = EncodeReedSolomon(content.Symbols(), paritySymbols);
     errors.ReplaceSymbols(symbols, wrongSymbols);
     BitString coded;
-    for (const std::uint8_t symbol : symbols)
+    for (const std::uint8_t symbol : symbols) {
         coded.Append(errors.FlipBits(EncodeHamming10(symbol), kHamming10Bits, errors.Plan().linkWordBits),
                      kHamming10Bits);
+    }
     return coded;
 }
 
@@ -150,12 +158,15 @@ BitString FrameBuilder::LduBody(const BitString& codedLink, const VoiceWords& vo
     BitString body;
     for (std::size_t frame = 0; frame < voice.size(); ++frame) {
         AppendVoice(body, EncodeImbeWord(voice[frame], errors.VoiceErrors()));
-        if (frame >= kFirstLinkGroup && frame <= kLastLinkGroup)
+        if (frame >= kFirstLinkGroup && frame <= kLastLinkGroup) {
             body.Append(codedLink.Field((frame - kFirstLinkGroup) * kLinkGroupBits, kLinkGroupBits),
                         kLinkGroupBits);
-        if (frame == kLowSpeedDataAfter)
-            for (const std::uint8_t octet : lowSpeedData)
+        }
+        if (frame == kLowSpeedDataAfter) {
+            for (const std::uint8_t octet : lowSpeedData) {
                 body.Append(EncodeLowSpeedData(octet), kLowSpeedDataWordBits);
+            }
+        }
     }
     return body;
 }

@@ -35,16 +35,19 @@ bool IsIn(const Range& range, std::size_t position) {
 
 BitString Bits(const std::string& dibits) {
     BitString bits;
-    for (const char dibit : dibits)
+    for (const char dibit : dibits) {
         bits.Append(static_cast<std::uint64_t>(dibit - '0'), 2);
+    }
     return bits;
 }
 
 std::string WithoutStatus(const std::string& frame) {
     std::string kept;
-    for (std::size_t place = 0; place < frame.size(); ++place)
-        if (!IsStatus(place))
+    for (std::size_t place = 0; place < frame.size(); ++place) {
+        if (!IsStatus(place)) {
             kept.push_back(frame[place]);
+        }
+    }
     return kept;
 }
 
@@ -52,9 +55,11 @@ std::string WithoutStatus(const std::string& frame) {
 template <class Wanted>
 std::string Select(const std::string& ldu, const Wanted& wanted) {
     std::string kept;
-    for (std::size_t place = kNidEnd; place < ldu.size(); ++place)
-        if (!IsStatus(place) && wanted(place - kNidEnd + 1))
+    for (std::size_t place = kNidEnd; place < ldu.size(); ++place) {
+        if (!IsStatus(place) && wanted(place - kNidEnd + 1)) {
             kept.push_back(ldu[place]);
+        }
+    }
     return kept;
 }
 
@@ -77,17 +82,20 @@ std::string VoiceDibits(const std::string& ldu) {
 std::vector<std::uint8_t> LinkSymbols(const std::string& ldu) {
     const BitString bits = Bits(LinkDibits(ldu));
     std::vector<std::uint8_t> symbols;
-    for (std::size_t first = 0; first < bits.Size(); first += 10)
+    for (std::size_t first = 0; first < bits.Size(); first += 10) {
         symbols.push_back(static_cast<std::uint8_t>(bits.Field(first, 10) >> 4));
+    }
     return symbols;
 }
 
 VoiceWords RandomVoice(std::uint64_t seed) {
     RandomSource random(seed);
     VoiceWords words;
-    for (VoiceBits& word : words)
-        for (std::uint8_t& bit : word)
+    for (VoiceBits& word : words) {
+        for (std::uint8_t& bit : word) {
             bit = static_cast<std::uint8_t>(random.Below(2));
+        }
+    }
     return words;
 }
 
@@ -227,8 +235,9 @@ TEST(FrameBuilder, LinkWordsAreHammingWords) {
     FrameBuilder builder;
     const BitString bits = Bits(LinkDibits(builder.Ldu1(kNac, {}, RandomVoice(1))));
     ASSERT_EQ(bits.Size(), 240u);
-    for (std::size_t first = 0; first < bits.Size(); first += 10)
+    for (std::size_t first = 0; first < bits.Size(); first += 10) {
         EXPECT_EQ(bits.Field(first, 10), EncodeHamming10(static_cast<unsigned>(bits.Field(first, 10) >> 4)));
+    }
 }
 
 TEST(FrameBuilder, VoiceWordsStandInTheirPlaces) {
@@ -239,9 +248,10 @@ TEST(FrameBuilder, VoiceWordsStandInTheirPlaces) {
         ASSERT_EQ(bits.Size(), 9u * 144u);
         for (std::size_t word = 0; word < voice.size(); ++word) {
             const ChannelBits expected = EncodeImbeWord(voice[word]);
-            for (std::size_t bit = 0; bit < expected.size(); ++bit)
+            for (std::size_t bit = 0; bit < expected.size(); ++bit) {
                 ASSERT_EQ(bits.Field(144 * word + bit, 1), expected[bit])
                     << "word " << word << " bit " << bit;
+            }
         }
     }
 }
@@ -276,7 +286,7 @@ TEST(FrameBuilder, TerminatorLinkControlStandsInGolayWords) {
 }
 
 TEST(FrameBuilder, HeaviestErrorsStayWithinWhatEachWordCorrects) {
-    FrameBuilder builder(ErrorInjector(ErrorPlan::Heaviest()));
+    FrameBuilder builder{ErrorInjector(ErrorPlan::Heaviest())};
     FrameBuilder clean;
     for (int trial = 0; trial < 20; ++trial) {
         const BitString received = Bits(WithoutStatus(builder.Header(kNac, SomeHeader())));
@@ -286,15 +296,16 @@ TEST(FrameBuilder, HeaviestErrorsStayWithinWhatEachWordCorrects) {
         for (std::size_t word = 0; word < 36; ++word) {
             const std::uint64_t difference =
                 received.Field(112 + 18 * word, 18) ^ sent.Field(112 + 18 * word, 18);
-            if (std::popcount(difference) != 2)
+            if (std::popcount(difference) != 2) {
                 ++wrongSymbols; // another word of distance 8 or more, less its own two errors
+            }
         }
         EXPECT_EQ(wrongSymbols, 8);
     }
 }
 
 TEST(FrameBuilder, EveryFrameHasErrorsOfItsOwn) {
-    FrameBuilder builder(ErrorInjector(ErrorPlan::Heaviest()));
+    FrameBuilder builder{ErrorInjector(ErrorPlan::Heaviest())};
     EXPECT_NE(builder.Header(kNac, {}), builder.Header(kNac, {}));
 }
 

@@ -12,11 +12,13 @@ std::uint8_t FieldProduct(std::uint8_t a, std::uint8_t b) {
     unsigned product = 0;
     unsigned multiple = a;
     for (unsigned remaining = b; remaining != 0; remaining >>= 1) {
-        if (remaining & 1)
+        if (remaining & 1) {
             product ^= multiple;
+        }
         multiple <<= 1;
-        if (multiple & kFieldSize)
+        if (multiple & kFieldSize) {
             multiple ^= kFieldPolynomial;
+        }
     }
     return static_cast<std::uint8_t>(product);
 }
@@ -24,8 +26,9 @@ std::uint8_t FieldProduct(std::uint8_t a, std::uint8_t b) {
 std::uint8_t FieldPower(int exponent) {
     const int steps = (exponent % kFieldOrder + kFieldOrder) % kFieldOrder;
     std::uint8_t power = 1;
-    for (int step = 0; step < steps; ++step)
+    for (int step = 0; step < steps; ++step) {
         power = FieldProduct(power, kPrimitiveElement);
+    }
     return power;
 }
 

@@ -9,8 +9,9 @@ namespace {
 
 TEST(GaloisField64, PrimitiveElementGeneratesEveryNonZeroElementOnce) {
     std::set<int> elements;
-    for (int exponent = 0; exponent < kFieldOrder; ++exponent)
+    for (int exponent = 0; exponent < kFieldOrder; ++exponent) {
         elements.insert(FieldPower(exponent));
+    }
     EXPECT_EQ(elements.size(), 63u);
     EXPECT_EQ(*elements.begin(), 1);
     EXPECT_EQ(*elements.rbegin(), 63);
@@ -21,9 +22,11 @@ TEST(GaloisField64, PrimitiveElementIsARootOfTheFieldPolynomial) {
 }
 
 TEST(GaloisField64, ExponentsAddModulo63) {
-    for (int a = 0; a < kFieldOrder; ++a)
-        for (int b = 0; b < kFieldOrder; ++b)
+    for (int a = 0; a < kFieldOrder; ++a) {
+        for (int b = 0; b < kFieldOrder; ++b) {
             ASSERT_EQ(FieldProduct(FieldPower(a), FieldPower(b)), FieldPower(a + b)) << a << " " << b;
+        }
+    }
     EXPECT_EQ(FieldPower(-1), FieldPower(62));
 }
 

@@ -19,8 +19,8 @@ constexpr std::uint32_t kPnMask = 0xFFFF;
 constexpr int kPnSeedShift = 4;
 constexpr int kPnBitShift = 15;
 
-constexpr int kInterleaverRows = 6;
-constexpr int kInterleaverColumns = 24;
+constexpr std::size_t kInterleaverRows = 6;
+constexpr std::size_t kInterleaverColumns = 24;
 
 constexpr int kHexDigitBits = 4;
 constexpr int kHexDigits = kVoiceBits / kHexDigitBits;
@@ -30,21 +30,24 @@ using Words = std::array<std::uint32_t, kVoiceWords>;
 Words SplitInformation(const VoiceBits& information) {
     Words words = {};
     std::size_t next = 0;
-    for (std::size_t word = 0; word < words.size(); ++word)
-        for (int bit = 0; bit < kInformationWidths[word]; ++bit)
+    for (std::size_t word = 0; word < words.size(); ++word) {
+        for (int bit = 0; bit < kInformationWidths[word]; ++bit) {
             words[word] = words[word] << 1 | (information[next++] & 1u);
+        }
+    }
     return words;
 }
 
 Words EncodeWords(const Words& information) {
     Words coded = {};
     for (std::size_t word = 0; word < coded.size(); ++word) {
-        if (kInformationWidths[word] == kGolayInformationBits)
+        if (kInformationWidths[word] == kGolayInformationBits) {
             coded[word] = EncodeGolay23(information[word]);
-        else if (kInformationWidths[word] == kHammingInformationBits)
+        } else if (kInformationWidths[word] == kHammingInformationBits) {
             coded[word] = EncodeHamming15(information[word]);
-        else
+        } else {
             coded[word] = information[word];
+        }
     }
     return coded;
 }
@@ -52,19 +55,22 @@ Words EncodeWords(const Words& information) {
 // c1 .. c6 are scrambled by a sequence that u0 seeds; c0, which carries the seed, and c7 are not.
 void Modulate(Words& coded, std::uint32_t seed) {
     std::uint32_t state = seed << kPnSeedShift & kPnMask;
-    for (std::size_t word = 1; word + 1 < coded.size(); ++word)
+    for (std::size_t word = 1; word + 1 < coded.size(); ++word) {
         for (int bit = kCodedWidths[word] - 1; bit >= 0; --bit) {
             state = (kPnMultiplier * state + kPnIncrement) & kPnMask;
             coded[word] ^= state >> kPnBitShift << bit;
         }
+    }
 }
 
 ChannelBits Concatenate(const Words& coded) {
     ChannelBits bits = {};
     std::size_t next = 0;
-    for (std::size_t word = 0; word < coded.size(); ++word)
-        for (int bit = kCodedWidths[word] - 1; bit >= 0; --bit)
+    for (std::size_t word = 0; word < coded.size(); ++word) {
+        for (int bit = kCodedWidths[word] - 1; bit >= 0; --bit) {
             bits[next++] = static_cast<std::uint8_t>(coded[word] >> bit & 1);
+        }
+    }
     return bits;
 }
 
@@ -73,11 +79,12 @@ ChannelBits Concatenate(const Words& coded) {
 ChannelBits Interleave(const ChannelBits& coded) {
     ChannelBits sent = {};
     std::size_t next = 0;
-    for (int column = 0; column < kInterleaverColumns; ++column)
-        for (int row = 0; row < kInterleaverRows; ++row) {
-            const int swappedRow = column % 2 == 0 ? row : row ^ 1;
-            sent[next++] = coded[static_cast<std::size_t>(swappedRow * kInterleaverColumns + column)];
+    for (std::size_t column = 0; column < kInterleaverColumns; ++column) {
+        for (std::size_t row = 0; row < kInterleaverRows; ++row) {
+            const std::size_t swappedRow = column % 2 == 0 ? row : row ^ 1;
+            sent[next++] = coded[swappedRow * kInterleaverColumns + column];
         }
+    }
     return sent;
 }
 
@@ -87,8 +94,9 @@ ChannelBits EncodeImbeWord(const VoiceBits& information, const VoiceErrorPattern
     const Words split = SplitInformation(information);
     Words coded = EncodeWords(split);
     Modulate(coded, split[0]);
-    for (std::size_t word = 0; word < coded.size(); ++word)
+    for (std::size_t word = 0; word < coded.size(); ++word) {
         coded[word] ^= errors[word];
+    }
     return Interleave(Concatenate(coded));
 }
 
@@ -97,25 +105,29 @@ std::string ToHex(const VoiceBits& information) {
     std::string hex;
     for (std::size_t first = 0; first < information.size(); first += kHexDigitBits) {
         unsigned digit = 0;
-        for (std::size_t bit = 0; bit < kHexDigitBits; ++bit)
+        for (std::size_t bit = 0; bit < kHexDigitBits; ++bit) {
             digit = digit << 1 | (information[first + bit] & 1u);
+        }
         hex.push_back(kDigits[digit]);
     }
     return hex;
 }
 
 bool FromHex(std::string_view hex, VoiceBits& information) {
-    if (hex.size() != kHexDigits)
+    if (hex.size() != kHexDigits) {
         return false;
+    }
     VoiceBits read = {};
     for (std::size_t position = 0; position < hex.size(); ++position) {
         unsigned digit = 0;
         const char* begin = hex.data() + position;
-        if (std::from_chars(begin, begin + 1, digit, 16).ptr != begin + 1)
+        if (std::from_chars(begin, begin + 1, digit, 16).ptr != begin + 1) {
             return false;
-        for (std::size_t bit = 0; bit < kHexDigitBits; ++bit)
+        }
+        for (std::size_t bit = 0; bit < kHexDigitBits; ++bit) {
             read[position * kHexDigitBits + bit] =
                 static_cast<std::uint8_t>(digit >> (kHexDigitBits - 1 - bit) & 1);
+        }
     }
     information = read;
     return true;

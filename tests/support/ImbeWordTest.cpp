@@ -14,8 +14,9 @@ namespace {
 
 VoiceBits RandomInformation(RandomSource& random) {
     VoiceBits bits;
-    for (std::uint8_t& bit : bits)
+    for (std::uint8_t& bit : bits) {
         bit = static_cast<std::uint8_t>(random.Below(2));
+    }
     return bits;
 }
 
@@ -24,15 +25,17 @@ constexpr int kGroupPositions[12] = {0, 24, 48, 72, 96, 120, 25, 1, 73, 49, 121,
 
 ChannelBits Deinterleave(const ChannelBits& sent) {
     ChannelBits coded = {};
-    for (std::size_t i = 0; i < sent.size(); ++i)
+    for (std::size_t i = 0; i < sent.size(); ++i) {
         coded[2 * (i / 12) + static_cast<std::size_t>(kGroupPositions[i % 12])] = sent[i];
+    }
     return coded;
 }
 
 std::uint32_t Word(const ChannelBits& coded, std::size_t first, std::size_t width) {
     std::uint32_t word = 0;
-    for (std::size_t i = 0; i < width; ++i)
+    for (std::size_t i = 0; i < width; ++i) {
         word = word << 1 | coded[first + i];
+    }
     return word;
 }
 
@@ -52,16 +55,18 @@ TEST(ImbeWord, SendsTheFirstWordUnscrambled) {
     for (int trial = 0; trial < 100; ++trial) {
         const VoiceBits information = RandomInformation(random);
         unsigned u0 = 0;
-        for (int bit = 0; bit < 12; ++bit)
+        for (int bit = 0; bit < 12; ++bit) {
             u0 = u0 << 1 | information[static_cast<std::size_t>(bit)];
+        }
         ASSERT_EQ(Word(Deinterleave(EncodeImbeWord(information)), 0, 23), EncodeGolay23(u0));
     }
 }
 
 TEST(ImbeWord, SendsTheLastSevenBitsAsTheyAre) {
     VoiceBits information = {};
-    for (std::size_t bit = 81; bit < 88; ++bit)
+    for (std::size_t bit = 81; bit < 88; ++bit) {
         information[bit] = 1;
+    }
     EXPECT_EQ(Word(Deinterleave(EncodeImbeWord(information)), 137, 7), 127u);
 }
 
@@ -71,8 +76,9 @@ TEST(ImbeWord, IsDecodedToItsInformation) {
         const VoiceBits information = RandomInformation(random);
         const CorrectedVoiceWord decoded = CorrectVoiceWord(EncodeImbeWord(information));
         ASSERT_EQ(ToHex(decoded.bits), ToHex(information));
-        for (const int errors : decoded.wordErrors)
+        for (const int errors : decoded.wordErrors) {
             ASSERT_EQ(errors, 0);
+        }
     }
 }
 
@@ -84,23 +90,27 @@ TEST(ImbeWord, CarriesTheStatedErrors) {
     VoiceBits expected = information;
     expected[81] ^= 1; // the uncoded bits have no protection
     EXPECT_EQ(ToHex(decoded.bits), ToHex(expected));
-    for (std::size_t word = 0; word < decoded.wordErrors.size(); ++word)
+    for (std::size_t word = 0; word < decoded.wordErrors.size(); ++word) {
         EXPECT_EQ(decoded.wordErrors[word], std::popcount(errors[word])) << "word " << word;
+    }
 }
 
 TEST(ImbeWord, PutsEveryErrorInAPlaceOfItsOwn) {
     const ChannelBits clean = EncodeImbeWord(VoiceBits{});
     constexpr int kWidths[kVoiceWords] = {23, 23, 23, 23, 15, 15, 15, 7};
     std::set<std::size_t> places;
-    for (std::size_t word = 0; word < kVoiceWords; ++word)
+    for (std::size_t word = 0; word < kVoiceWords; ++word) {
         for (int bit = 0; bit < kWidths[word]; ++bit) {
             VoiceErrorPattern errors = {};
             errors[word] = 1u << bit;
             const ChannelBits spoilt = EncodeImbeWord(VoiceBits{}, errors);
-            for (std::size_t place = 0; place < spoilt.size(); ++place)
-                if (spoilt[place] != clean[place])
+            for (std::size_t place = 0; place < spoilt.size(); ++place) {
+                if (spoilt[place] != clean[place]) {
                     places.insert(place);
+                }
+            }
         }
+    }
     EXPECT_EQ(places.size(), 144u);
 }
 

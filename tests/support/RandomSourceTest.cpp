@@ -29,10 +29,12 @@ TEST(RandomSource, GivesThePublishedSequence) {
 TEST(RandomSource, SpreadsEvenlyBelowABound) {
     RandomSource random(1);
     int counts[5] = {};
-    for (int i = 0; i < 50000; ++i)
+    for (int i = 0; i < 50000; ++i) {
         ++counts[random.Below(5)];
-    for (const int count : counts)
+    }
+    for (const int count : counts) {
         EXPECT_NEAR(count, 10000, 400);
+    }
 }
 
 TEST(RandomSource, GaussianHasMeanZeroAndDeviationOne) {

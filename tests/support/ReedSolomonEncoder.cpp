@@ -12,8 +12,9 @@ std::vector<std::uint8_t> Generator(int degree) {
     for (int root = 1; root <= degree; ++root) {
         std::vector<std::uint8_t> next = generator;
         next.push_back(0);
-        for (std::size_t i = 0; i < generator.size(); ++i)
+        for (std::size_t i = 0; i < generator.size(); ++i) {
             next[i + 1] ^= FieldProduct(generator[i], FieldPower(root));
+        }
         generator = next;
     }
     return generator;
@@ -27,8 +28,9 @@ std::vector<std::uint8_t> EncodeReedSolomon(std::span<const std::uint8_t> messag
     remainder.resize(message.size() + static_cast<std::size_t>(paritySymbols), 0);
     for (std::size_t step = 0; step < message.size(); ++step) {
         const std::uint8_t quotient = remainder[step];
-        for (std::size_t i = 0; i < generator.size(); ++i)
+        for (std::size_t i = 0; i < generator.size(); ++i) {
             remainder[step + i] ^= FieldProduct(quotient, generator[i]);
+        }
     }
 
     std::vector<std::uint8_t> word(message.begin(), message.end());

@@ -18,9 +18,10 @@ struct Code {
 class ReedSolomonEncoder : public testing::TestWithParam<Code> {
 protected:
     std::vector<std::uint8_t> RandomMessage() {
-        std::vector<std::uint8_t> message;
-        for (int i = 0; i < GetParam().length - GetParam().parity; ++i)
-            message.push_back(static_cast<std::uint8_t>(random.Below(64)));
+        std::vector<std::uint8_t> message(static_cast<std::size_t>(GetParam().length - GetParam().parity));
+        for (std::uint8_t& symbol : message) {
+            symbol = static_cast<std::uint8_t>(random.Below(64));
+        }
         return message;
     }
 
@@ -29,16 +30,18 @@ protected:
 
 int Evaluate(const std::vector<std::uint8_t>& word, int exponent) {
     int sum = 0;
-    for (std::size_t i = 0; i < word.size(); ++i)
+    for (std::size_t i = 0; i < word.size(); ++i) {
         sum ^= FieldProduct(word[i], FieldPower(exponent * static_cast<int>(word.size() - 1 - i)));
+    }
     return sum;
 }
 
 TEST_P(ReedSolomonEncoder, HasTheRootsOfTheCode) {
     for (int trial = 0; trial < 50; ++trial) {
         const auto word = EncodeReedSolomon(RandomMessage(), GetParam().parity);
-        for (int exponent = 1; exponent <= GetParam().parity; ++exponent)
+        for (int exponent = 1; exponent <= GetParam().parity; ++exponent) {
             ASSERT_EQ(Evaluate(word, exponent), 0) << "root " << exponent;
+        }
     }
 }
 
@@ -51,7 +54,7 @@ TEST_P(ReedSolomonEncoder, KeepsTheMessageInFront) {
 
 TEST_P(ReedSolomonEncoder, MakesAtLeastParityPlusOneSymbolsOfOne) {
     const auto message = RandomMessage();
-    for (std::size_t place = 0; place < message.size(); ++place)
+    for (std::size_t place = 0; place < message.size(); ++place) {
         for (std::uint8_t value = 1; value < 64; ++value) {
             std::vector<std::uint8_t> single(message.size(), 0);
             single[place] = value;
@@ -59,6 +62,7 @@ TEST_P(ReedSolomonEncoder, MakesAtLeastParityPlusOneSymbolsOfOne) {
             const auto zeros = std::count(word.begin(), word.end(), 0);
             ASSERT_GE(static_cast<std::ptrdiff_t>(word.size()) - zeros, GetParam().parity + 1) << place;
         }
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(AirInterface, ReedSolomonEncoder,

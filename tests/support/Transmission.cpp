@@ -11,15 +11,17 @@ constexpr int kPacketBlockBits = 196;
 BitString RandomBits(int count, std::uint64_t seed) {
     RandomSource random(seed);
     BitString bits;
-    for (int bit = 0; bit < count; ++bit)
+    for (int bit = 0; bit < count; ++bit) {
         bits.Append(random.Next(), 1);
+    }
     return bits;
 }
 
 VoiceWords NextVoiceWords(const VoiceSource& voice, std::size_t& index) {
     VoiceWords words;
-    for (VoiceBits& word : words)
+    for (VoiceBits& word : words) {
         word = voice(index++);
+    }
     return words;
 }
 
@@ -67,24 +69,27 @@ void Transmission::AddUnknown(unsigned networkAccessCode, unsigned dataUnit, int
 }
 
 void Transmission::AddCall(const CallDescription& call, const VoiceSource& voice) {
-    if (call.withHeader)
+    if (call.withHeader) {
         AddHeader(call.networkAccessCode, call.header);
+    }
     std::size_t voiceIndex = 0;
     for (int superframe = 0; superframe < call.superframes; ++superframe) {
         AddLdu1(call.networkAccessCode, call.link, NextVoiceWords(voice, voiceIndex), call.lowSpeedData);
         AddLdu2(call.networkAccessCode, call.encryption, NextVoiceWords(voice, voiceIndex),
                 call.lowSpeedData);
     }
-    if (call.ending == CallEnding::Terminator)
+    if (call.ending == CallEnding::Terminator) {
         AddTerminator(call.networkAccessCode);
-    else if (call.ending == CallEnding::TerminatorWithLinkControl)
+    } else if (call.ending == CallEnding::TerminatorWithLinkControl) {
         AddTerminatorWithLinkControl(call.networkAccessCode, call.link);
+    }
 }
 
 void Transmission::AddRandomDibits(std::size_t count, std::uint64_t seed) {
     RandomSource random(seed);
-    for (std::size_t dibit = 0; dibit < count; ++dibit)
+    for (std::size_t dibit = 0; dibit < count; ++dibit) {
         dibits.push_back(static_cast<char>('0' + random.Below(4)));
+    }
 }
 
 void Transmission::AddIdle(std::size_t count, char dibit) {

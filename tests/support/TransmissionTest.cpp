@@ -13,15 +13,17 @@ namespace {
 // A voice frame that tells its index in the first 16 bits.
 VoiceBits NumberedVoice(std::size_t index) {
     VoiceBits bits = {};
-    for (std::size_t bit = 0; bit < 16; ++bit)
+    for (std::size_t bit = 0; bit < 16; ++bit) {
         bits[bit] = static_cast<std::uint8_t>(index >> (15 - bit) & 1);
+    }
     return bits;
 }
 
 std::vector<unsigned> DataUnits(const Transmission& transmission) {
     std::vector<unsigned> units;
-    for (const SentFrame& frame : transmission.Frames())
+    for (const SentFrame& frame : transmission.Frames()) {
         units.push_back(frame.dataUnit);
+    }
     return units;
 }
 
@@ -52,9 +54,11 @@ TEST(Transmission, VoiceIsAskedForInOrder) {
     Transmission transmission;
     transmission.AddCall({.superframes = 3}, NumberedVoice);
     std::size_t index = 0;
-    for (const SentFrame& frame : transmission.Frames())
-        for (const VoiceBits& word : frame.voice)
+    for (const SentFrame& frame : transmission.Frames()) {
+        for (const VoiceBits& word : frame.voice) {
             EXPECT_EQ(word, NumberedVoice(index++));
+        }
+    }
     EXPECT_EQ(index, 54u);
 }
 

@@ -15,13 +15,15 @@ constexpr std::uint16_t kBytesPerSample = 2;
 constexpr std::uint16_t kBitsPerSample = 16;
 
 void AppendText(std::vector<std::uint8_t>& bytes, std::string_view text) {
-    for (const char character : text)
+    for (const char character : text) {
         bytes.push_back(static_cast<std::uint8_t>(character));
+    }
 }
 
 void AppendLittleEndian(std::vector<std::uint8_t>& bytes, std::uint32_t value, int byteCount) {
-    for (int byte = 0; byte < byteCount; ++byte)
+    for (int byte = 0; byte < byteCount; ++byte) {
         bytes.push_back(static_cast<std::uint8_t>(value >> 8 * byte));
+    }
 }
 
 } // namespace
@@ -43,8 +45,9 @@ std::vector<std::uint8_t> WavBytes(std::span<const std::int16_t> samples, int sa
     AppendLittleEndian(bytes, 0, 2); // no extension
     AppendText(bytes, "data");
     AppendLittleEndian(bytes, dataBytes, 4);
-    for (const std::int16_t sample : samples)
+    for (const std::int16_t sample : samples) {
         AppendLittleEndian(bytes, static_cast<std::uint16_t>(sample), kBytesPerSample);
+    }
     return bytes;
 }
 
