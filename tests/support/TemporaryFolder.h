@@ -37,6 +37,9 @@ public:
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
+    /// The folder's name, without what it lies in.
+    std::string Name() const { return folder.filename().string(); }
+
     /// Full path of the file `name` in the folder.
     std::string Path(const std::string& name) const { return (folder / name).string(); }
 
