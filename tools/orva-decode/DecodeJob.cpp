@@ -54,6 +54,9 @@ DecodeJob::Run::Run(DecodeJob& job, const std::string& inputName)
       }),
       receiver(job.outputs, log, channel) {
     receiver.SetTunedFrequency(job.tunedFrequency);
+    if (job.wantsFm) {
+        receiver.SetFm(&fm.emplace(job.outputs, job.wantsSquelch));
+    }
     if (!job.plotPath.empty()) {
         receiver.SetPlot(&plot.emplace());
     }
@@ -179,11 +182,15 @@ bool DecodeJob::Finish(Run& run) {
     const double wallSeconds = std::chrono::duration<double>(Clock::now() - run.start).count();
     printer.PrintTotals(run.log.GetTotals(), run.receiver.GetSeconds());
     printer.PrintControlChannel(run.channel);
+    const bool measured = run.fm && run.fm->HasSquelch();
+    if (measured) {
+        printer.PrintSquelch(run.fm->GetTotals());
+    }
     printer.PrintSpeed(run.receiver.GetSeconds(), wallSeconds);
     if (outputs.events.IsOpen()) {
         const double realTime = wallSeconds > 0 ? run.receiver.GetSeconds() / wallSeconds : 0.0;
         outputs.events.Summary(run.receiver.GetSeconds(), realTime, run.log.GetTotals(), run.calls,
-                               run.channel);
+                               run.channel, measured ? &run.fm->GetTotals() : nullptr);
     }
     if (run.plot && !run.plot->Write(plotPath, run.name, run.receiver.GetSeconds())) {
         Complain(plotPath + ": could not be written whole");

@@ -28,6 +28,12 @@ public:
     /// Where the receiver was tuned [Hz]; channel identifiers are kept per control channel.
     void SetTunedFrequency(std::uint32_t hz) { tunedFrequency = hz; }
 
+    /// Run the FM chain beside, for audio if the outputs want it, and for squelch measures if told.
+    void SetFm(bool audio, bool squelch) {
+        wantsFm = audio || squelch;
+        wantsSquelch = squelch;
+    }
+
     /// Draw each input into this SVG file; of several inputs the last one stays. Empty for none.
     void SetPlotPath(const std::string& path) { plotPath = path; }
 
@@ -52,6 +58,7 @@ private:
         CallLog log;
         ControlChannelLog channel;
         std::optional<SignalPlot> plot;
+        std::optional<FmReceiver> fm;
         Receiver receiver;
         Clock::time_point start = Clock::now();
     };
@@ -64,6 +71,8 @@ private:
     Outputs& outputs;
     SummaryPrinter printer;
     std::string plotPath;
+    bool wantsFm = false;
+    bool wantsSquelch = false;
     std::uint32_t tunedFrequency = p25::ChannelTable::kUnknownFrequency;
     ProgressBar progress;
 };

@@ -104,6 +104,21 @@ nlohmann::ordered_json ToJson(const ControlChannelLog& channel) {
     return json;
 }
 
+nlohmann::ordered_json ToJson(const SquelchTotals& totals) {
+    nlohmann::ordered_json json = {{"readings", totals.readings},
+                                   {"ctcss", nlohmann::ordered_json::array()},
+                                   {"dcs", nlohmann::ordered_json::array()},
+                                   {"highest_voice", totals.highestVoice},
+                                   {"mean_noise", Rounded(totals.MeanNoise())}};
+    for (const auto& [tone, count] : totals.tones) {
+        json["ctcss"].push_back({{"tone", tone}, {"readings", count}});
+    }
+    for (const auto& [code, count] : totals.codes) {
+        json["dcs"].push_back({{"code", code}, {"readings", count}});
+    }
+    return json;
+}
+
 } // namespace
 
 std::string HexDigits(const std::uint8_t* bytes, std::size_t count) {
@@ -226,6 +241,15 @@ void EventWriter::Record(double time, const p25::TrunkingRecord& record) {
     Write(json);
 }
 
+void EventWriter::Squelch(double time, const SquelchReading& reading) {
+    auto json = Begin("squelch", time);
+    json["ctcss"] = reading.ctcss;
+    json["dcs"] = reading.dcs;
+    json["voice"] = reading.voice;
+    json["noise"] = reading.noise;
+    Write(json);
+}
+
 void EventWriter::Terminator(double time) {
     Write(Begin("terminator", time));
 }
@@ -235,7 +259,8 @@ void EventWriter::Lost(double time) {
 }
 
 void EventWriter::Summary(double seconds, double realTime, const Totals& totals,
-                          const std::vector<Call>& calls, const ControlChannelLog& channel) {
+                          const std::vector<Call>& calls, const ControlChannelLog& channel,
+                          const SquelchTotals* squelch) {
     auto json = Begin("summary", seconds);
     json["seconds"] = Rounded(seconds);
     json["times_real_time"] = Rounded(realTime);
@@ -262,6 +287,9 @@ void EventWriter::Summary(double seconds, double realTime, const Totals& totals,
     }
     if (channel.Blocks() > 0) {
         json["control_channel"] = ToJson(channel);
+    }
+    if (squelch != nullptr) {
+        json["squelch"] = ToJson(*squelch);
     }
     Write(json);
 }

@@ -4,6 +4,7 @@
 #include "p25/TrunkingRecord.h"
 #include "tools/orva-decode/CallLog.h"
 #include "tools/orva-decode/ControlChannelLog.h"
+#include "tools/orva-decode/SquelchMeter.h"
 #include "voice/ImbeDecoder.h"
 
 #include <cstdint>
@@ -47,12 +48,13 @@ public:
     void Voice(double time, const std::string& bits, const voice::ImbeFrameBlock& frame, float errorRate);
     void TrunkingBlock(double time, const p25::TrunkingBlock& block, bool hasGoodCrc, std::uint32_t errors);
     void Record(double time, const p25::TrunkingRecord& record);
+    void Squelch(double time, const SquelchReading& reading);
     void Terminator(double time);
     void Lost(double time);
-    /// `realTime` is how many times faster than real time the input was decoded. Lists `calls`, all or the
-    /// first ones.
+    /// `realTime` is how many times faster than real time the input was decoded. `squelch` is null when it
+    /// was not measured. Lists `calls`, all or the first ones.
     void Summary(double seconds, double realTime, const Totals& totals, const std::vector<Call>& calls,
-                 const ControlChannelLog& channel);
+                 const ControlChannelLog& channel, const SquelchTotals* squelch);
 
 private:
     nlohmann::ordered_json Begin(const char* event, double time) const;

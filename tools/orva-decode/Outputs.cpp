@@ -5,6 +5,7 @@ namespace orva::tools {
 namespace {
 
 constexpr std::uint32_t kSpeechRate = 8000; ///< Hz
+constexpr std::uint32_t kFmRate = 16000;    ///< Hz
 
 } // namespace
 
@@ -23,6 +24,11 @@ bool Outputs::OpenSpeech(const std::string& path) {
     return speech.Create(path, kSpeechRate);
 }
 
+bool Outputs::OpenFm(const std::string& path) {
+    fmPath = path;
+    return fm.Create(path, kFmRate);
+}
+
 bool Outputs::OpenDibits(const std::string& path) {
     dibitsPath = path;
     dibits = std::fopen(path.c_str(), "wb");
@@ -32,6 +38,12 @@ bool Outputs::OpenDibits(const std::string& path) {
 void Outputs::WriteSpeech(const std::int16_t* samples, std::size_t count) {
     if (speech.IsOpen()) {
         speech.Write(samples, count);
+    }
+}
+
+void Outputs::WriteFm(const std::int16_t* samples, std::size_t count) {
+    if (fm.IsOpen()) {
+        fm.Write(samples, count);
     }
 }
 
@@ -45,6 +57,10 @@ bool Outputs::Close() {
     bool whole = true;
     if (!speech.Close()) {
         Complain(speechPath + ": could not be written whole");
+        whole = false;
+    }
+    if (!fm.Close()) {
+        Complain(fmPath + ": could not be written whole");
         whole = false;
     }
     if (!events.Close()) {

@@ -21,6 +21,9 @@ Receiver::Receiver(Outputs& sinks, CallLog& calls, ControlChannelLog& channel)
 void Receiver::SetSampleRate(std::uint32_t rate) {
     sampleRate = rate;
     demodulator.SetSampleRate(rate);
+    if (fm != nullptr) {
+        fm->SetSampleRate(rate);
+    }
 }
 
 void Receiver::SetPlot(SignalPlot* picture) {
@@ -38,7 +41,10 @@ bool Receiver::FeedSamples(const std::int16_t* samples, std::size_t count) {
     }
     const std::int32_t dibits = demodulator.Process(floats.data(), static_cast<std::int32_t>(count));
     const double duration = static_cast<double>(count) / sampleRate;
-    return dibits >= 0 && Decode(demodulator.GetDibits(), dibits, duration);
+    if (dibits < 0 || !Decode(demodulator.GetDibits(), dibits, duration)) {
+        return false;
+    }
+    return fm == nullptr || fm->Feed(floats.data(), count, seconds);
 }
 
 bool Receiver::FeedDibits(const char* text, std::int32_t count) {

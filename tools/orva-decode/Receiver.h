@@ -3,6 +3,7 @@
 
 #include "p25/COrvaDemodulator.h"
 #include "p25/COrvaFrameDecoder.h"
+#include "tools/orva-decode/FmReceiver.h"
 #include "tools/orva-decode/FrameListener.h"
 #include "tools/orva-decode/Outputs.h"
 #include "tools/orva-decode/SignalPlot.h"
@@ -27,6 +28,9 @@ public:
     /// Where the receiver was tuned [Hz].
     void SetTunedFrequency(std::uint32_t hz) { decoder.SetTunedFrequency(hz); }
 
+    /// The FM chain that runs beside, or null for none, the default; must outlive the receiver.
+    void SetFm(FmReceiver* chain) { fm = chain; }
+
     /// What draws the picture, or null for none, the default; must outlive the receiver.
     void SetPlot(SignalPlot* picture);
 
@@ -50,6 +54,7 @@ private:
     FrameListener listener;
     std::vector<float> floats;
     SignalPlot* plot = nullptr;
+    FmReceiver* fm = nullptr;
     std::uint32_t sampleRate = 0;
     double seconds = 0;
 };

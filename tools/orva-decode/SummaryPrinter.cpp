@@ -1,6 +1,7 @@
 #include "tools/orva-decode/SummaryPrinter.h"
 
 #include <cinttypes>
+#include <cstdlib>
 
 namespace orva::tools {
 
@@ -110,6 +111,18 @@ void SummaryPrinter::PrintControlChannel(const ControlChannelLog& channel) {
                          static_cast<unsigned>(opcode),
                          p25::GetTrunkingMessageName(static_cast<std::uint8_t>(opcode)));
         }
+    }
+}
+
+void SummaryPrinter::PrintSquelch(const SquelchTotals& squelch) {
+    std::fprintf(file, "  squelch   %" PRIu64 " readings, mean noise %.0f, highest voice %" PRId32 "\n",
+                 squelch.readings, squelch.MeanNoise(), squelch.highestVoice);
+    for (const auto& [tone, count] : squelch.tones) {
+        std::fprintf(file, "    CTCSS %.1f Hz, %" PRIu64 " readings\n", tone / 1e3, count);
+    }
+    for (const auto& [code, count] : squelch.codes) {
+        std::fprintf(file, "    DCS %03o%s, %" PRIu64 " readings\n", static_cast<unsigned>(std::abs(code)),
+                     code < 0 ? " inverted" : "", count);
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include "tools/orva-decode/CallLog.h"
 #include "tools/orva-decode/ControlChannelLog.h"
+#include "tools/orva-decode/SquelchMeter.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -22,6 +23,7 @@ public:
     void PrintTotals(const Totals& totals, double seconds);
     /// Nothing for an input without trunking blocks.
     void PrintControlChannel(const ControlChannelLog& channel);
+    void PrintSquelch(const SquelchTotals& squelch);
     void PrintSpeed(double seconds, double wallSeconds);
 
 private:

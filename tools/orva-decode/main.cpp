@@ -30,6 +30,8 @@ struct Options {
     std::string events;
     std::string dibits;
     std::string plot;
+    std::string fm;
+    bool squelch = false;
 };
 
 void Describe(CLI::App& app, Options& options) {
@@ -44,6 +46,8 @@ void Describe(CLI::App& app, Options& options) {
     app.add_option("-o,--output", options.speech, "Write the speech to this WAV file, 8000 Hz, 16 bit, mono");
     app.add_option("--events", options.events, "Write events as JSON Lines; '-' is standard output");
     app.add_option("--dibits", options.dibits, "Write the dibit text");
+    app.add_option("--fm", options.fm, "Write the FM audio to this WAV file, 16000 Hz, 16 bit, mono");
+    app.add_flag("--squelch", options.squelch, "Measure what the squelch would hear in the FM audio");
     app.add_option("--plot", options.plot,
                    "Draw spectrum, symbols, error rate and frames into this SVG file");
 }
@@ -63,6 +67,9 @@ std::string Contradiction(const Options& options) {
     }
     if (!hasFiles && options.rawRate == 0 && options.dibitInput.empty()) {
         return "nothing to decode: name a recording, or see --help";
+    }
+    if (!options.dibitInput.empty() && (!options.fm.empty() || options.squelch)) {
+        return "there is no FM audio in dibit text";
     }
     return {};
 }
@@ -84,7 +91,8 @@ std::string OverwrittenInput(const Options& options) {
     std::vector<std::string> inputs = options.inputs;
     inputs.push_back(options.dibitInput);
     for (const std::string& input : inputs) {
-        for (const std::string* output : {&options.speech, &options.events, &options.dibits, &options.plot}) {
+        for (const std::string* output :
+             {&options.speech, &options.events, &options.dibits, &options.plot, &options.fm}) {
             if (IsSameFile(input, *output)) {
                 return input;
             }
@@ -95,7 +103,8 @@ std::string OverwrittenInput(const Options& options) {
 
 /// A file that two outputs would be mixed in; empty if there is none. Devices may be named twice.
 std::string SharedOutput(const Options& options) {
-    const std::string* const outputs[] = {&options.speech, &options.events, &options.dibits, &options.plot};
+    const std::string* const outputs[] = {&options.speech, &options.events, &options.dibits, &options.plot,
+                                          &options.fm};
     for (const auto* output = std::begin(outputs); output != std::end(outputs); ++output) {
         std::error_code ignored;
         const auto kind = std::filesystem::status(**output, ignored).type();
@@ -111,6 +120,10 @@ std::string SharedOutput(const Options& options) {
 bool OpenOutputs(const Options& options, Outputs& outputs) {
     if (!options.speech.empty() && !outputs.OpenSpeech(options.speech)) {
         Complain(options.speech + ": cannot be created");
+        return false;
+    }
+    if (!options.fm.empty() && !outputs.OpenFm(options.fm)) {
+        Complain(options.fm + ": cannot be created");
         return false;
     }
     if (!options.events.empty() && !outputs.events.Open(options.events)) {
@@ -129,6 +142,7 @@ bool DecodeInputs(const Options& options, Outputs& outputs) {
     DecodeJob job(outputs, options.events == kStandardStream ? stderr : stdout);
     job.SetTunedFrequency(options.tuned);
     job.SetPlotPath(options.plot);
+    job.SetFm(!options.fm.empty(), options.squelch);
     if (!options.dibitInput.empty()) {
         return job.DecodeDibits(options.dibitInput);
     }
