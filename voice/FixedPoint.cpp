@@ -10,7 +10,8 @@ Scaled16 DivBlock(Scaled32 numerator, Scaled16 denominator) {
     d = d < 0 ? -d : d;
 
     int exponent = numerator.exponent - denominator.exponent;
-    if (std::int64_t{d} * 65536 <= n) {
+    // Once is enough for normalised mantissas, but for -1 by one half.
+    while (std::int64_t{d} * 65536 <= n) {
         n >>= 1;
         ++exponent;
     }
