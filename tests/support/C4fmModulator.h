@@ -44,9 +44,6 @@ public:
     /// Appends a stretch of one symbol period per character of `dibits`.
     void Transmit(std::string_view dibits);
 
-    /// Where the next stretch begins, from the start of the signal. [s]
-    double Seconds() const { return stretchEnd / settings.sampleRate; }
-
     /// The signal so far.
     const std::vector<std::int16_t>& Samples() const { return samples; }
 

@@ -208,15 +208,6 @@ TEST(C4fmModulator, TakeMovesThePieceOut) {
     EXPECT_EQ(joined, whole.Samples());
 }
 
-TEST(C4fmModulator, TellsWhereTheNextStretchBegins) {
-    C4fmModulator modulator({.sampleRate = 64000, .symbolPhase = 0.5});
-    EXPECT_DOUBLE_EQ(modulator.Seconds(), 0.5 / 64000.0);
-    modulator.AddGap(0.25);
-    modulator.Transmit(RandomDibits(480));
-    modulator.Take();
-    EXPECT_NEAR(modulator.Seconds(), 0.35, 1e-5);
-}
-
 TEST(C4fmModulator, SeedChoosesTheNoise) {
     const auto noise = [](std::uint64_t seed) {
         C4fmModulator modulator({.snrDb = 10.0, .seed = seed});

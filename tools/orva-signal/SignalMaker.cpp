@@ -15,23 +15,26 @@ constexpr int kUnknownFrameBits = 400;
 class SignalMaker {
 public:
     explicit SignalMaker(const SignalOptions& signalOptions)
-        : options(signalOptions), modulator(signalOptions.modulator) {}
+        : options(signalOptions),
+          modulator(signalOptions.modulator),
+          seconds(signalOptions.modulator.symbolPhase / signalOptions.modulator.sampleRate) {}
 
-    void AddGap(double seconds) {
+    void AddGap(double gapSeconds) {
         using Gap = test::C4fmModulator::Gap;
+        seconds += gapSeconds;
         if (WantsSamples()) {
-            modulator.AddGap(seconds, options.silentGaps ? Gap::Silence : Gap::Noise);
+            modulator.AddGap(gapSeconds, options.silentGaps ? Gap::Silence : Gap::Noise);
         }
     }
 
     void Transmit(const test::Transmission& transmission, double carrierOffset, bool warmUp) {
         const double symbolRate = test::kSymbolRate * (1.0 + options.modulator.clockErrorPpm * 1e-6);
         for (const test::SentFrame& sent : transmission.Frames()) {
-            PlacedFrame placed{sent, modulator.Seconds() + static_cast<double>(sent.firstDibit) / symbolRate,
-                               warmUp};
+            PlacedFrame placed{sent, seconds + static_cast<double>(sent.firstDibit) / symbolRate, warmUp};
             placed.frame.firstDibit += signal.dibits.size();
             signal.frames.push_back(placed);
         }
+        seconds += static_cast<double>(transmission.Dibits().size()) / symbolRate;
         signal.dibits += transmission.Dibits();
         if (WantsSamples()) {
             modulator.SetCarrierOffset(carrierOffset);
@@ -49,6 +52,7 @@ private:
 
     const SignalOptions& options;
     test::C4fmModulator modulator;
+    double seconds; ///< where the next stretch begins
     Signal signal;
 };
 

@@ -1,98 +1,14 @@
 /// orva-signal: makes P25 calls as a receiver would record them, to try a decoder on.
-#include "tests/support/WavFile.h"
-#include "tools/orva-signal/SignalMaker.h"
-#include "tools/orva-signal/SignalOptions.h"
-#include "tools/orva-signal/TruthText.h"
-#include "tools/orva-signal/VoiceChoice.h"
+#include "tools/orva-signal/SignalJob.h"
 
 #include <cstdio>
 #include <exception>
-#include <fstream>
-#include <string>
-#include <vector>
-
-#include <CLI/CLI.hpp>
-
-namespace {
-
-using namespace orva;
-
-constexpr int kExitFailed = 1;
-constexpr int kExitUsage = 2;
-
-int Complain(const std::string& problem, int exitCode) {
-    std::fprintf(stderr, "orva-signal: %s\n", problem.c_str());
-    return exitCode;
-}
-
-bool WriteText(const std::string& path, const std::string& text) {
-    std::ofstream file(path, std::ios::binary);
-    file << text;
-    file.close();
-    return file.good();
-}
-
-/// The first file that could not be written; empty if all were.
-std::string WriteOutputs(const tools::SignalOptions& options, const tools::Signal& signal) {
-    if (!options.output.empty() &&
-        !test::WriteWavFile(options.output, signal.samples, options.modulator.sampleRate)) {
-        return options.output;
-    }
-    if (!options.dibits.empty() && !WriteText(options.dibits, signal.dibits + "\n")) {
-        return options.dibits;
-    }
-    if (!options.truth.empty() && !WriteText(options.truth, tools::TruthText(options, signal))) {
-        return options.truth;
-    }
-    return {};
-}
-
-int Run(tools::SignalOptions& options) {
-    if (const std::string problem = tools::CompleteOptions(options); !problem.empty()) {
-        return Complain(problem, kExitUsage);
-    }
-    test::VoiceSource voice = tools::VoiceNamed(options.voice);
-    if (!options.voiceFile.empty()) {
-        std::vector<test::VoiceBits> frames;
-        std::string problem;
-        if (!tools::ReadVoiceFile(options.voiceFile, frames, problem)) {
-            return Complain(problem, kExitFailed);
-        }
-        voice = tools::RepeatVoice(frames);
-    }
-
-    const tools::Signal signal = tools::MakeSignal(options, voice);
-    if (const std::string path = WriteOutputs(options, signal); !path.empty()) {
-        return Complain(path + ": cannot be written", kExitFailed);
-    }
-    if (!options.output.empty()) {
-        std::printf("%s: %.2f s at %d Hz, %zu frames\n", options.output.c_str(),
-                    static_cast<double>(signal.samples.size()) / options.modulator.sampleRate,
-                    options.modulator.sampleRate, signal.frames.size());
-    }
-    return 0;
-}
-
-int ParseAndRun(int argumentCount, char** arguments) {
-    CLI::App app(
-        "Makes Project 25 calls as a receiver would record them: C4FM on a real intermediate frequency.");
-    tools::SignalOptions options;
-    tools::DescribeOptions(app, options);
-    try {
-        app.parse(argumentCount, arguments);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : kExitUsage;
-    }
-    return Run(options);
-}
-
-} // namespace
 
 int main(int argumentCount, char** arguments) {
     try {
-        return ParseAndRun(argumentCount, arguments);
+        return orva::tools::RunSignalJob(argumentCount, arguments);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "orva-signal: %s\n", error.what());
-        return kExitFailed;
+        return orva::tools::kExitFailed;
     }
 }
