@@ -49,7 +49,8 @@ public:
     /// The body of a terminator, of either kind, has ended.
     virtual void OnTerminator() {}
 
-    /// No sync where a call's next one was due: the call's fields have been cleared.
+    /// No sync where a call's next one was due. The call's fields still show; they are cleared before the
+    /// next dibit is looked at.
     virtual void OnLost() {}
 
 protected:
