@@ -213,7 +213,8 @@ TEST_P(SyncAtItsPlace, ReadsExactly24Dibits) {
 }
 
 TEST_P(SyncAtItsPlace, DoesNotSlide) {
-    EXPECT_NE(StateAfter(GetParam(), "2" + std::string(kSyncPattern).substr(0, 23)), Inspector::kReadNid);
+    EXPECT_NE(StateAfter(GetParam(), std::string(1, '2') + std::string(kSyncPattern).substr(0, 23)),
+              Inspector::kReadNid);
 }
 
 INSTANTIATE_TEST_SUITE_P(States, SyncAtItsPlace,
@@ -261,7 +262,7 @@ TEST(SyncSearch, GoesOnWithTheDibitsOfAFailedExpectation) {
     for (const std::uint32_t state : {Inspector::kExpectSync, Inspector::kExpectSyncAfterEnd}) {
         DecodedStream stream;
         PutInto(stream.decoder, state);
-        stream.Feed("02" + frame);
+        stream.Feed(std::string("02").append(frame));
         EXPECT_EQ(stream.decoder.GetNetworkAccessCode(), 0x123) << "state " << state;
     }
 }
@@ -289,7 +290,7 @@ TEST(SeekAfterTrunking, MissesAFrameThatFollowsAtOnce) {
 }
 
 TEST(SeekAfterTrunking, FindsASyncThatBeginsOneDibitLater) {
-    EXPECT_EQ(StateAfter(Inspector::kSeekAfterTrunking, "2" + std::string(kSyncPattern)),
+    EXPECT_EQ(StateAfter(Inspector::kSeekAfterTrunking, std::string(1, '2') + std::string(kSyncPattern)),
               Inspector::kReadNid);
 }
 
