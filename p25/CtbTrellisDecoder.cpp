@@ -1,7 +1,6 @@
 #include "p25/CtbTrellisDecoder.h"
 
 #include <algorithm>
-#include <bit>
 #include <utility>
 
 namespace orva::p25 {
@@ -13,6 +12,10 @@ constexpr std::uint8_t kSymbolMask = 15;
 
 /// The four-bit symbol sent for an input dibit (column) from a state (row).
 constexpr std::uint8_t kTrellisOutput[4][4] = {{2, 12, 1, 15}, {14, 0, 13, 3}, {9, 7, 10, 4}, {5, 11, 6, 8}};
+
+/// Set bits of a four-bit value. SSE2 has no instruction that counts them; a table saves a call for each
+/// candidate.
+constexpr std::uint8_t kBitCount[16] = {0, 1, 1, 2, 1, 2, 2, 3, 1, 2, 2, 3, 2, 3, 3, 4};
 
 } // namespace
 
@@ -50,8 +53,7 @@ std::uint8_t CtbTrellisDecoder::Advance(std::uint8_t symbol) {
     for (const TrellisPath& path : *current) {
         const std::uint8_t state = path.decisions[TrellisPath::kMemory - 1];
         for (std::uint8_t input = 0; input < kStates; ++input) {
-            const auto difference = static_cast<unsigned>(kTrellisOutput[state][input] ^ symbol);
-            const std::uint32_t metric = path.metric + static_cast<std::uint32_t>(std::popcount(difference));
+            const std::uint32_t metric = path.metric + kBitCount[kTrellisOutput[state][input] ^ symbol];
             TrellisPath& survivor = (*next)[input];
             if (metric >= survivor.metric) {
                 continue; // ties keep the earlier candidate
