@@ -1,7 +1,7 @@
 #include "p25/CtbTrellisDecoder.h"
 
-#include "tests/p25/TrellisEncoder.h"
 #include "tests/support/RandomSource.h"
+#include "tests/support/TrellisEncoder.h"
 
 #include <algorithm>
 #include <bit>

@@ -2,8 +2,8 @@
 #include "p25/COrvaFrameDecoder.h"
 #include "tests/p25/COrvaFrameDecoderInspector.h"
 #include "tests/p25/DecodedStream.h"
-#include "tests/p25/TrunkingPacket.h"
 #include "tests/support/FrameBuilder.h"
+#include "tests/support/TrunkingPacket.h"
 
 #include <string>
 #include <vector>

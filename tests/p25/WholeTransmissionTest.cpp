@@ -5,11 +5,12 @@
 #include "tests/p25/COrvaFrameDecoderInspector.h"
 #include "tests/p25/DecodedStream.h"
 #include "tests/p25/ExpectedEvents.h"
-#include "tests/p25/TrunkingPacket.h"
 #include "tests/support/RandomSource.h"
 #include "tests/support/SpeechSource.h"
 #include "tests/support/Transmission.h"
+#include "tests/support/TrunkingPacket.h"
 
+#include <algorithm>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -155,7 +156,8 @@ TEST(WholeTransmission, NoiseIsReadWithoutHarm) {
     // Frames of every type full of noise: a sync and an identifier now and then.
     test::RandomSource random(4);
     for (std::size_t place = 0; place + 100 < text.size(); place += 50 + random.Below(1500)) {
-        text.replace(place, 57, test::FrameBuilder().Frame(random.Below(4096), random.Below(16), {}), 0, 57);
+        const std::string frame = test::FrameBuilder().Frame(random.Below(4096), random.Below(16), {});
+        std::copy_n(frame.begin(), 57, text.begin() + static_cast<std::ptrdiff_t>(place));
     }
     DecodedStream heard;
     heard.FeedInPieces(text, [] { return std::size_t{480}; });

@@ -1,7 +1,7 @@
-#include "tests/p25/TrunkingPacket.h"
+#include "tests/support/TrunkingPacket.h"
 
-#include "tests/p25/TrellisEncoder.h"
 #include "tests/support/FrameBuilder.h"
+#include "tests/support/TrellisEncoder.h"
 
 #include <vector>
 

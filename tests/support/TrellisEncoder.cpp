@@ -1,4 +1,4 @@
-#include "tests/p25/TrellisEncoder.h"
+#include "tests/support/TrellisEncoder.h"
 
 namespace orva::test {
 
