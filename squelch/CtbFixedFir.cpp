@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <functional>
+#include <limits>
 #include <numbers>
 
 namespace orva::squelch {
@@ -70,7 +71,7 @@ void CtbFixedFir::SetUpperFrequency(float hz) {
 }
 
 void CtbFixedFir::SetFilterRate(float hz) {
-    const float limited = std::max(kLowestRateHz, hz);
+    const float limited = std::min(std::max(kLowestRateHz, hz), std::numeric_limits<float>::max());
     if (limited == filterRate) {
         return;
     }
@@ -162,6 +163,9 @@ void CtbFixedFir::DesignLowPass(double* side, double hz) const {
         const double place = k * std::numbers::pi;
         side[k] = BlackmanFromCentre(k, half) * std::sin(2.0 * place * cyclesPerSample) / place;
         sum += 2.0 * side[k];
+    }
+    if (!(sum > 0.0)) {
+        return; // a band of no width
     }
     std::transform(side, side + half + 1, side, [&](double tap) { return tap * filterGain / sum; });
 }

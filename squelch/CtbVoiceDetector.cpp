@@ -93,8 +93,12 @@ CtbVoiceDetector::Measures CtbVoiceDetector::Measure(const std::int32_t* samples
 
 CtbVoiceDetector::SubBlockCounts CtbVoiceDetector::CountSubBlocks(const Measures& whole,
                                                                   std::int32_t before) const {
-    const auto length = static_cast<std::uint32_t>(sampleRate * kSubBlockSeconds);
-    SubBlockCounts counts{0, 0, length == 0 ? 0 : blockLength / length};
+    const float subBlock = sampleRate * kSubBlockSeconds;
+    if (subBlock < 1.0F || static_cast<double>(subBlock) >= blockLength + 1.0) {
+        return {0, 0, 0};
+    }
+    const auto length = static_cast<std::uint32_t>(subBlock);
+    SubBlockCounts counts{0, 0, blockLength / length};
     const std::int32_t* samples = block.data();
     for (std::uint32_t i = 0; i < counts.whole; ++i) {
         const Measures part = Measure(samples, length, before);

@@ -1,6 +1,7 @@
 #include "p25/COrvaAnalogDemodulator.h"
 
 #include "tests/dsp/AllocationProbe.h"
+#include "tests/squelch/SanitizedBuild.h"
 #include "tests/support/FmModulator.h"
 #include "tests/support/RandomSource.h"
 #include "tests/support/ToneSource.h"
@@ -145,11 +146,7 @@ double AmplitudeAt(const std::vector<float>& audio, double hz, int rate, std::si
     return 2.0 * std::abs(sum) / static_cast<double>(count);
 }
 
-#ifdef __SANITIZE_ADDRESS__
-constexpr double kModelSeconds = 0.1;
-#else
-constexpr double kModelSeconds = 0.5;
-#endif
+constexpr double kModelSeconds = test::kSanitizedBuild ? 0.1 : 0.5;
 
 } // namespace
 

@@ -125,6 +125,22 @@ TEST(CtbFixedFir, RateIsAtLeastFour) {
     EXPECT_EQ(Inspector::Lower(filter), 1.0F);
 }
 
+TEST(CtbFixedFir, TakesAnyNumberForAFrequency) {
+    for (const float rate : {std::nanf(""), INFINITY, -INFINITY, 1e38F}) {
+        for (const float upper : {std::nanf(""), INFINITY, -INFINITY, 1e37F}) {
+            for (std::uint32_t kind = 0; kind <= 7; ++kind) {
+                CtbFixedFir filter;
+                filter.SetFilterRate(rate);
+                filter.SetUpperFrequency(upper);
+                filter.SetKind(kind);
+                EXPECT_GE(Inspector::Rate(filter), 4.0F);
+                EXPECT_GE(Inspector::Upper(filter), 2.0F);
+                EXPECT_LE(Inspector::Upper(filter), Inspector::Rate(filter) / 2.0F);
+            }
+        }
+    }
+}
+
 TEST(CtbFixedFir, RateLowersTheFrequencies) {
     CtbFixedFir filter;
     filter.SetFilterRate(6001.0F);

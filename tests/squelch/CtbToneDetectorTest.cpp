@@ -1,6 +1,7 @@
 #include "squelch/CtbToneDetector.h"
 
 #include "dsp/TFIR_F32.h"
+#include "tests/squelch/SanitizedBuild.h"
 #include "tests/squelch/ScannerChain.h"
 #include "tests/support/FmModulator.h"
 #include "tests/support/RandomSource.h"
@@ -163,7 +164,7 @@ TEST(CtbToneDetector, IgnoresRatesThatCannotBeReduced) {
 
 TEST(CtbToneDetector, FindsPureTonesThatTheirBinsAdmit) {
     for (const int rate : {48000, 64000}) {
-        for (std::size_t i = 0; i < kCtcssTones.size(); ++i) {
+        for (std::size_t i = 0; i < kCtcssTones.size(); i += test::kSanitizedBuild ? 3 : 1) {
             const std::int32_t expected =
                 kTonesBetweenBins.contains(kCtcssTones[i]) ? -1 : static_cast<std::int32_t>(i);
             EXPECT_EQ(FoundIn(Tone(kCtcssTones[i], rate, 1.0), rate), expected)
@@ -173,11 +174,7 @@ TEST(CtbToneDetector, FindsPureTonesThatTheirBinsAdmit) {
 }
 
 TEST(CtbToneDetector, FindsThemThroughTheFmDemodulator) {
-#ifdef __SANITIZE_ADDRESS__
-    constexpr std::size_t kStep = 8;
-#else
-    constexpr std::size_t kStep = 1;
-#endif
+    constexpr std::size_t kStep = test::kSanitizedBuild ? 8 : 1;
     for (const int rate : {48000, 64000}) {
         for (std::size_t i = 0; i < kCtcssTones.size(); i += kStep) {
             test::FmModulator modulator({.sampleRate = rate, .deviation = 500.0});
@@ -225,8 +222,10 @@ TEST(CtbToneDetector, SilenceHasNoTone) {
 TEST(CtbToneDetector, NoiseHasNoTone) {
     for (const int rate : {48000, 64000}) {
         test::RandomSource random(5);
-        ExpectNothingIn(Make(static_cast<std::size_t>(10 * rate), [&] { return 5000.0 * random.Gaussian(); }),
-                        rate, "noise");
+        const int seconds = test::kSanitizedBuild ? 3 : 60;
+        ExpectNothingIn(
+            Make(static_cast<std::size_t>(seconds * rate), [&] { return 5000.0 * random.Gaussian(); }), rate,
+            "noise");
     }
 }
 
@@ -249,11 +248,7 @@ TEST(CtbToneDetector, CarriersAndChannelNoiseHaveNoTone) {
 
 TEST(CtbToneDetector, VoiceWithoutLowFrequenciesHasNoTone) {
     constexpr int kRate = 48000;
-#ifdef __SANITIZE_ADDRESS__
-    constexpr int kSeconds = 3;
-#else
-    constexpr int kSeconds = 30;
-#endif
+    constexpr int kSeconds = test::kSanitizedBuild ? 2 : 30;
     for (const double pitch : {85.0, 120.0, 210.0}) {
         // The edges of the stretches reach below the lowest harmonic: cut them off.
         dsp::TFIR_F32 highPass;
