@@ -685,22 +685,30 @@ TEST(DemodulatorCarry, OfTwoSamplesStaysAsItIs) {
 }
 
 TEST(DemodulatorCarry, APeakAtIndexOneComparesAgainstTheCarriedValues) {
-    // The second block's maximum at index 1 is the carried value of the first block's index count - 1.
-    COrvaDemodulator demodulator;
-    Inspector inspector{demodulator};
-    const Samples samples = Carrier(48000, 40);
-    const Samples first(samples.begin(), samples.begin() + 200);
-    Demodulate(demodulator, first);
-    const float before = inspector.Correlated()[0];
-    const float peak = inspector.Correlated()[1];
-    Samples output(12, 0.0F);
-    output[0] = before;
-    output[1] = std::max(before, peak) + 1.0F;
-    inspector.NegativeAverage() = 0.0F;
-    const double start = demodulator.GetMixFrequency();
-    Inspector::Fill(inspector.Correlated(), output);
-    inspector.FindSync(10);
-    EXPECT_NE(demodulator.GetMixFrequency(), start);
+    // A block whose entry count - 1 lies above entry count - 2: carried, it can be a maximum at index 1.
+    const Samples samples = Carrier(48000, 60);
+    for (std::size_t count = 300; count < 400; ++count) {
+        COrvaDemodulator demodulator;
+        Inspector inspector{demodulator};
+        Demodulate(demodulator,
+                   Samples(samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(count)));
+        dsp::CtbFloatBlock& correlated = inspector.Correlated();
+        ASSERT_EQ(correlated[0], correlated[static_cast<std::uint32_t>(count) - 2]);
+        ASSERT_EQ(correlated[1], correlated[static_cast<std::uint32_t>(count) - 1]);
+        if (!(correlated[1] > correlated[0] && correlated[1] > 0.0F)) {
+            continue;
+        }
+        inspector.NegativeAverage() = 0.0F;
+        const double start = demodulator.GetMixFrequency();
+        std::fill_n(correlated.Data() + 2, 11, correlated[1]);
+        inspector.FindSync(10);
+        EXPECT_EQ(demodulator.GetMixFrequency(), start) << "not above its right neighbour, count " << count;
+        std::fill_n(correlated.Data() + 2, 11, 0.0F);
+        inspector.FindSync(10);
+        EXPECT_NE(demodulator.GetMixFrequency(), start) << "count " << count;
+        return;
+    }
+    FAIL() << "no block ended in a rise";
 }
 
 TEST(DemodulatorHistory, OfAShortBlockMovesDown) {
