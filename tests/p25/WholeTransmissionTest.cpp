@@ -101,7 +101,8 @@ TEST(WholeTransmission, HeaviestErrorsAreAllCorrected) {
         const test::Transmission sent = MakeTransmission(plan, seed);
         DecodedStream heard;
         heard.Feed(sent.Dibits());
-        ASSERT_NO_FATAL_FAILURE(ExpectEverything(sent, heard, plan.nidBits, "seed " + std::to_string(seed)));
+        ASSERT_NO_FATAL_FAILURE(
+            ExpectEverything(sent, heard, plan.nidBits, std::to_string(seed) + " as the seed"));
         for (const std::int16_t errors : heard.errorTotals) {
             ASSERT_EQ(errors, 4 * plan.voiceGolayBits + 3 * plan.voiceHammingBits);
         }
@@ -139,13 +140,14 @@ TEST(WholeTransmission, SlicingChangesNothing) {
     for (const std::size_t length : {1U, 7U, 36U, 97U, 2000U}) {
         DecodedStream cut;
         cut.FeedInPieces(text, [length] { return length; });
-        ASSERT_NO_FATAL_FAILURE(ExpectSame(cut, whole, "pieces of " + std::to_string(length)));
+        ASSERT_NO_FATAL_FAILURE(ExpectSame(cut, whole, std::to_string(length) + " dibits a piece"));
     }
     for (std::uint64_t seed = 1; seed <= 5; ++seed) {
         test::RandomSource random(seed);
         DecodedStream cut;
         cut.FeedInPieces(text, [&random] { return 1 + random.Below(300); });
-        ASSERT_NO_FATAL_FAILURE(ExpectSame(cut, whole, "random pieces " + std::to_string(seed)));
+        ASSERT_NO_FATAL_FAILURE(
+            ExpectSame(cut, whole, std::to_string(seed) + " as the seed of random pieces"));
     }
 }
 
