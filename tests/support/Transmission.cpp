@@ -60,6 +60,13 @@ void Transmission::AddTerminatorWithLinkControl(unsigned networkAccessCode, cons
     frames.back().link = link;
 }
 
+void Transmission::AddTrunking(unsigned networkAccessCode, std::span<const TrunkingData> blocks) {
+    constexpr auto kDataUnit = static_cast<unsigned>(DataUnit::Trunking);
+    Append(networkAccessCode, kDataUnit,
+           builder.Frame(networkAccessCode, kDataUnit, EncodeTrunkingBlocks(blocks)));
+    frames.back().trunking = MarkLastBlock(blocks);
+}
+
 void Transmission::AddPacket(unsigned networkAccessCode, int blocks, std::uint64_t seed) {
     AddUnknown(networkAccessCode, static_cast<unsigned>(DataUnit::Packet), blocks * kPacketBlockBits, seed);
 }

@@ -2,11 +2,13 @@
 
 #include "tests/support/FrameBuilder.h"
 #include "tests/support/FrameFields.h"
+#include "tests/support/TrunkingPacket.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -40,6 +42,7 @@ struct SentFrame {
     std::optional<LinkControl> link = {};
     std::optional<EncryptionSync> encryption = {};
     std::vector<VoiceBits> voice = {};
+    std::vector<TrunkingData> trunking = {}; ///< blocks, last block flags as sent
 };
 
 /// Frames one behind the other as dibit text, with a list of what was sent.
@@ -54,6 +57,9 @@ public:
                  const LowSpeedData& lowSpeedData = {});
     void AddTerminator(unsigned networkAccessCode);
     void AddTerminatorWithLinkControl(unsigned networkAccessCode, const LinkControl& link);
+
+    /// A trunking signalling packet of one to three blocks; their last block flags are set as they must be.
+    void AddTrunking(unsigned networkAccessCode, std::span<const TrunkingData> blocks);
 
     /// A packet data unit of `blocks` blocks of 196 random bits.
     void AddPacket(unsigned networkAccessCode, int blocks, std::uint64_t seed = 1);

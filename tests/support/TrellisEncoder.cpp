@@ -2,10 +2,38 @@
 
 namespace orva::test {
 
+namespace {
+
+// As the standard prints them: the state machine gives a point of the constellation, a point is a pair of
+// symbols.
+constexpr unsigned kPoints[4][4] = {{0, 15, 12, 3}, {4, 11, 8, 7}, {13, 2, 1, 14}, {9, 6, 5, 10}};
+
+struct SymbolPair {
+    int first;
+    int second;
+};
+constexpr SymbolPair kConstellation[16] = {{+1, -1}, {-1, -1}, {+3, -3}, {-3, -3}, {-3, -1}, {+3, -1},
+                                           {-1, -3}, {+1, -3}, {-3, +3}, {+3, +3}, {-1, +1}, {+1, +1},
+                                           {+1, +3}, {-1, +3}, {+3, +1}, {-3, +1}};
+
+unsigned DibitOf(int symbol) {
+    switch (symbol) {
+    case +1:
+        return 0;
+    case +3:
+        return 1;
+    case -1:
+        return 2;
+    default:
+        return 3;
+    }
+}
+
+} // namespace
+
 unsigned TrellisSymbol(unsigned state, unsigned dibit) {
-    // A row of the standard's state transition table per state.
-    static constexpr unsigned kSymbols[4][4] = {{2, 12, 1, 15}, {14, 0, 13, 3}, {9, 7, 10, 4}, {5, 11, 6, 8}};
-    return kSymbols[state][dibit];
+    const SymbolPair pair = kConstellation[kPoints[state][dibit]];
+    return DibitOf(pair.first) << 2 | DibitOf(pair.second);
 }
 
 std::vector<std::uint8_t> EncodeTrellis(std::span<const std::uint8_t> dibits) {

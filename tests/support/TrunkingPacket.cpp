@@ -3,6 +3,7 @@
 #include "tests/support/FrameBuilder.h"
 #include "tests/support/TrellisEncoder.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace orva::test {
@@ -68,6 +69,39 @@ BitString EncodeTrunkingBlock(const TrunkingData& data, std::uint16_t crcError, 
         coded.Append(symbols[place], 4);
     }
     return coded;
+}
+
+TrunkingBytes WithTrunkingCrc(const TrunkingData& data) {
+    TrunkingBytes bytes{};
+    std::copy(data.begin(), data.end(), bytes.begin());
+    const unsigned crc = TrunkingCrc(data);
+    bytes[10] = static_cast<std::uint8_t>(crc >> 8);
+    bytes[11] = static_cast<std::uint8_t>(crc & 0xFF);
+    return bytes;
+}
+
+std::vector<TrunkingData> MarkLastBlock(std::span<const TrunkingData> blocks) {
+    std::vector<TrunkingData> marked(blocks.begin(), blocks.end());
+    for (TrunkingData& block : marked) {
+        block[0] = static_cast<std::uint8_t>(block[0] & ~kLastBlock);
+    }
+    if (!marked.empty()) {
+        marked.back()[0] |= kLastBlock;
+    }
+    return marked;
+}
+
+BitString EncodeTrunkingBlocks(std::span<const TrunkingData> blocks) {
+    BitString body;
+    for (const TrunkingData& block : MarkLastBlock(blocks)) {
+        body.Append(EncodeTrunkingBlock(block));
+    }
+    return body;
+}
+
+std::string TrunkingPacket(unsigned networkAccessCode, std::span<const TrunkingData> blocks) {
+    return FrameBuilder().Frame(networkAccessCode, static_cast<unsigned>(DataUnit::Trunking),
+                                EncodeTrunkingBlocks(blocks));
 }
 
 std::string TrunkingPacket(unsigned networkAccessCode, std::span<const BitString> blocks) {

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace orva::test {
 
@@ -23,7 +24,19 @@ std::uint16_t TrunkingCrc(const TrunkingData& data);
 /// in a trellis symbol of its own.
 BitString EncodeTrunkingBlock(const TrunkingData& data, std::uint16_t crcError = 0, int bitErrors = 0);
 
+/// The data with its CRC behind it, as a receiver gets them back.
+using TrunkingBytes = std::array<std::uint8_t, 12>;
+TrunkingBytes WithTrunkingCrc(const TrunkingData& data);
+
+/// The same blocks, the last block flag set in the last one alone.
+std::vector<TrunkingData> MarkLastBlock(std::span<const TrunkingData> blocks);
+
+/// The body of a packet, the last block flags set as they must be.
+BitString EncodeTrunkingBlocks(std::span<const TrunkingData> blocks);
+
 /// A whole packet as dibits, status symbols and padding included.
 std::string TrunkingPacket(unsigned networkAccessCode, std::span<const BitString> blocks);
+/// The same from the data of the blocks, the last block flags set as they must be.
+std::string TrunkingPacket(unsigned networkAccessCode, std::span<const TrunkingData> blocks);
 
 } // namespace orva::test
