@@ -22,8 +22,9 @@ using test::DecodedStream;
 
 constexpr std::size_t kNidEnd = 57;
 /// Dibits of an LDU at which its voice frames are complete.
-constexpr std::size_t kVoiceEnds[] = {57 + 74,  57 + 148, 57 + 243, 57 + 337, 57 + 432,
-                                      57 + 527, 57 + 621, 57 + 716, 57 + 806};
+constexpr std::size_t kVoiceEnds[] = {kNidEnd + 74,  kNidEnd + 148, kNidEnd + 243,
+                                      kNidEnd + 337, kNidEnd + 432, kNidEnd + 527,
+                                      kNidEnd + 621, kNidEnd + 716, kNidEnd + 806};
 
 /// An LDU2 of vowels.
 const std::string& Ldu() {
