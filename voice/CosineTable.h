@@ -15,22 +15,23 @@ constexpr std::array<std::int16_t, kCosTableSize> MakeCosTable() {
     // The series is summed by the compiler in doubles, so every target gets the same numbers.
     constexpr double kPi = 3.14159265358979323846;
     constexpr double kPeak = 32767.0;
-    constexpr int kQuarter = kCosTableSize / 4;
+    constexpr double kHalf = 0.5;
+    constexpr std::size_t kSize = kCosTableSize;
     std::array<std::int16_t, kCosTableSize> table{};
-    for (int i = 0; i <= kQuarter; ++i) {
-        const double angle = 2.0 * kPi * i / kCosTableSize;
+    for (std::size_t i = 0; i <= kSize / 4; ++i) {
+        const double angle = 2.0 * kPi * static_cast<double>(i) / kCosTableSize;
         double term = 1.0;
         double cosine = 1.0;
         for (int n = 1; n <= 12; ++n) {
             term *= -angle * angle / ((2.0 * n - 1.0) * (2.0 * n));
             cosine += term;
         }
-        const auto value = static_cast<std::int16_t>(kPeak * cosine + 0.5);
+        const auto value = static_cast<std::int16_t>(kPeak * cosine + kHalf);
         const auto mirrored = static_cast<std::int16_t>(-value);
-        table[static_cast<std::size_t>(i)] = value;
-        table[static_cast<std::size_t>(kCosTableSize / 2 - i)] = mirrored;
-        table[static_cast<std::size_t>(kCosTableSize / 2 + i)] = mirrored;
-        table[static_cast<std::size_t>((kCosTableSize - i) & kCosTableMask)] = value;
+        table[i] = value;
+        table[kSize / 2 - i] = mirrored;
+        table[kSize / 2 + i] = mirrored;
+        table[(kSize - i) % kSize] = value;
     }
     return table;
 }

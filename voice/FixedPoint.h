@@ -52,11 +52,6 @@ constexpr std::int32_t To32(std::int64_t x, SourcePlace place = SourcePlace()) {
     return static_cast<std::int32_t>(x);
 }
 
-/// The low 32 bits of x, read as signed.
-constexpr std::int32_t To32Wrap(std::int64_t x) {
-    return static_cast<std::int32_t>(x);
-}
-
 /// The low 16 bits of x, read as signed.
 constexpr std::int16_t To16Wrap(std::int32_t x) {
     return static_cast<std::int16_t>(x);
@@ -190,7 +185,8 @@ constexpr Scaled32 NormalizeSum(std::int64_t sum, int exponent) {
 
 /// Q15 x Q15 = Q31.
 constexpr std::int32_t MulQ15(std::int16_t a, std::int16_t b, SourcePlace place = SourcePlace()) {
-    const std::int64_t product = std::int64_t{std::int32_t{a} * b} * 2;
+    const std::int32_t half = std::int32_t{a} * b;
+    const std::int64_t product = std::int64_t{half} * 2;
     CheckRange(product, kMin32, kMax32, "MulQ15", place);
     return static_cast<std::int32_t>(product);
 }
@@ -204,7 +200,8 @@ constexpr std::int32_t MulQ15Sat(std::int16_t a, std::int16_t b) {
 /// acc + a b, rounded to the top 16 bits; the low 16 bits are cleared.
 constexpr std::int32_t MacRound(std::int32_t acc, std::int16_t a, std::int16_t b,
                                 SourcePlace place = SourcePlace()) {
-    const std::int64_t sum = acc + std::int64_t{std::int32_t{a} * b} * 2 + 0x8000;
+    const std::int32_t half = std::int32_t{a} * b;
+    const std::int64_t sum = acc + std::int64_t{half} * 2 + 0x8000;
     CheckRange(sum, kMin32, kMax32, "MacRound", place);
     return static_cast<std::int32_t>(sum) & ~0xFFFF;
 }
@@ -216,7 +213,8 @@ constexpr std::int32_t MulRound(std::int16_t a, std::int16_t b, SourcePlace plac
 
 /// Q31 x Q15 = Q31, the two halves of x multiplied and truncated apart.
 constexpr std::int32_t MulFrac(std::int32_t x, std::int16_t y, SourcePlace place = SourcePlace()) {
-    const std::int64_t product = std::int64_t{High16(x) * y} * 2 + ((std::int64_t{Low16(x)} * y) >> 15);
+    const std::int32_t high = High16(x) * y;
+    const std::int64_t product = std::int64_t{high} * 2 + ((std::int64_t{Low16(x)} * y) >> 15);
     CheckRange(product, kMin32, kMax32, "MulFrac", place);
     return static_cast<std::int32_t>(product);
 }

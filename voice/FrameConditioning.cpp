@@ -29,7 +29,7 @@ bool IsVoiced(const ImbeFrameParameters& record, std::size_t index) {
 class Envelope {
 public:
     static constexpr int kReach = 19;
-    std::int16_t& operator[](int harmonic) { return values[static_cast<std::size_t>(harmonic + kReach)]; }
+    std::int16_t& operator[](int harmonic) { return values.begin()[harmonic + kReach]; }
 
 private:
     std::array<std::int16_t, kMaxHarmonics + 2 * kReach + 1> values{};
@@ -69,7 +69,8 @@ Envelope MakeEnvelope(const ImbeFrameParameters& record) {
 Scaled32 Energy(std::span<const std::int16_t> mantissas, int exponent) {
     std::int64_t sum = 0;
     for (const std::int16_t m : mantissas) {
-        sum += std::int64_t{std::int32_t{m} * m} * 2;
+        const std::int32_t square = m * m;
+        sum += std::int64_t{square} * 2;
     }
     return NormalizeSum(sum, 2 * exponent);
 }

@@ -97,7 +97,8 @@ CodedSamples Deinterleave(const std::uint8_t* received) {
     CodedSamples coded{};
     for (int group = 0; group < kGroups; ++group) {
         for (const int first : kFirstPositions) {
-            coded[static_cast<std::size_t>(2 * group + first)] = *received++;
+            const int position = 2 * group + first;
+            coded[static_cast<std::size_t>(position)] = *received++;
         }
     }
     return coded;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <utility>
 
 namespace orva::voice {
@@ -28,12 +29,12 @@ constexpr std::array<std::uint8_t, kLargestPoints> MakeReversed() {
 
 constexpr std::array<std::uint8_t, kLargestPoints> kReversed = MakeReversed();
 
-// Half the left shifts, rounded down to what a stage needs, that the squared magnitudes allow: -1 for
-// magnitudes of 2^15 and more, at least 2 for magnitudes below 2^14, which a stage may double.
-int MeasureHeadroom(const std::int16_t* z, int points) {
+// The left shifts that the largest squared magnitude allows, less one: -1 for magnitudes of 2^15 and more, at
+// least 2 for magnitudes below 2^14, which a stage may double.
+int MeasureHeadroom(const std::int16_t* z, std::ptrdiff_t points) {
     constexpr std::uint32_t kFloor = 0x1000000;
     std::uint32_t largest = kFloor;
-    for (int i = 0; i < points; ++i) {
+    for (std::ptrdiff_t i = 0; i < points; ++i) {
         const auto re = std::int32_t{z[2 * i]};
         const auto im = std::int32_t{z[2 * i + 1]};
         largest =
@@ -43,9 +44,9 @@ int MeasureHeadroom(const std::int16_t* z, int points) {
 }
 
 void ReverseBits(std::int16_t* z, int m) {
-    const int points = 1 << m;
-    for (int i = 0; i < points; ++i) {
-        const int j = kReversed[static_cast<std::size_t>(i)] >> (kLargestLog2 - m);
+    const std::ptrdiff_t points = std::ptrdiff_t{1} << m;
+    for (std::ptrdiff_t i = 0; i < points; ++i) {
+        const std::ptrdiff_t j = kReversed[static_cast<std::size_t>(i)] >> (kLargestLog2 - m);
         if (i < j) {
             std::swap(z[2 * i], z[2 * j]);
             std::swap(z[2 * i + 1], z[2 * j + 1]);
@@ -54,8 +55,8 @@ void ReverseBits(std::int16_t* z, int m) {
 }
 
 // Butterflies of neighbouring points; `scale` is 0, -1 or -2.
-void FirstStage(std::int16_t* z, int points, int scale) {
-    for (int i = 0; i < points; i += 2) {
+void FirstStage(std::int16_t* z, std::ptrdiff_t points, int scale) {
+    for (std::ptrdiff_t i = 0; i < points; i += 2) {
         std::int16_t* p = z + 2 * i;
         const int re = p[0];
         const int im = p[1];
@@ -69,12 +70,13 @@ void FirstStage(std::int16_t* z, int points, int scale) {
 }
 
 // Butterflies at distance `half`. Operands are halved, so that sums fit 32 bits; `halved` leaves them so.
-void LaterStage(std::int16_t* z, int points, int half, int stride, bool halved) {
+void LaterStage(std::int16_t* z, std::ptrdiff_t points, std::ptrdiff_t half, int stride, bool halved) {
     const int shift = halved ? 16 : 15;
-    for (int k = 0; k < half; ++k) {
-        const std::int32_t c = CosAt(k * stride);
-        const std::int32_t s = CosAt(k * stride + kCosTableSize / 4);
-        for (int i = k; i < points; i += 2 * half) {
+    int angle = 0;
+    for (std::ptrdiff_t k = 0; k < half; ++k, angle += stride) {
+        const std::int32_t c = CosAt(angle);
+        const std::int32_t s = CosAt(angle + kCosTableSize / 4);
+        for (std::ptrdiff_t i = k; i < points; i += 2 * half) {
             std::int16_t* p = z + 2 * i;
             std::int16_t* q = p + 2 * half;
             const std::int32_t turnedRe = q[0] * c - q[1] * s;
@@ -95,19 +97,20 @@ enum class Direction { Forward, Inverse };
 // same pass either way but for the sign of the cosine, and for the inverse the sign of the imaginary results,
 // which makes the forward transform behind it an inverse one. Everything leaves at half its size.
 void SplitPass(std::int16_t* buffer, int m, Direction direction) {
-    const int points = 1 << (m - 1);
+    const std::ptrdiff_t points = std::ptrdiff_t{1} << (m - 1);
     const int stride = kCosTableSize >> m;
     const bool inverse = direction == Direction::Inverse;
 
-    for (int k = 1; k < points / 2; ++k) {
+    int angle = stride;
+    for (std::ptrdiff_t k = 1; k < points / 2; ++k, angle += stride) {
         std::int16_t* p = buffer + 2 * k;
         std::int16_t* q = buffer + 2 * (points - k);
         const std::int32_t sumRe = p[0] + q[0];
         const std::int32_t sumIm = p[1] - q[1];
         const std::int32_t differenceRe = p[0] - q[0];
         const std::int32_t differenceIm = p[1] + q[1];
-        const std::int64_t c = inverse ? -CosAt(k * stride) : CosAt(k * stride);
-        const std::int64_t s = CosAt(k * stride + kCosTableSize / 4);
+        const std::int64_t c = inverse ? -CosAt(angle) : CosAt(angle);
+        const std::int64_t s = CosAt(angle + kCosTableSize / 4);
         const std::int64_t turnedRe = differenceIm * c + differenceRe * s;
         const std::int64_t turnedIm = differenceIm * s - differenceRe * c;
         // Two bits for the quarter of the sums, fifteen for the twiddle.
@@ -130,7 +133,7 @@ void SplitPass(std::int16_t* buffer, int m, Direction direction) {
 } // namespace
 
 int FftComplex(std::int16_t* z, int exponent, int m) {
-    const int points = 1 << m;
+    const std::ptrdiff_t points = std::ptrdiff_t{1} << m;
     int headroom = MeasureHeadroom(z, points);
     const int firstScale = headroom < 0 ? -2 : headroom < 2 ? -1 : 0;
     ReverseBits(z, m);
@@ -138,7 +141,7 @@ int FftComplex(std::int16_t* z, int exponent, int m) {
     exponent -= firstScale;
 
     int stride = kCosTableSize / 4;
-    int half = 2;
+    std::ptrdiff_t half = 2;
     for (int stage = 1; stage < m; ++stage) {
         headroom = stage % 2 == 0 ? MeasureHeadroom(z, points) : headroom - 2;
         const bool halved = headroom < 2;
@@ -165,8 +168,8 @@ int FftRealInverse(std::int16_t* buffer, int exponent, int m) {
     buffer[1] = To16(-constantPart);
     SplitPass(buffer, m, Direction::Inverse);
     exponent = FftComplex(buffer, exponent + 1 - m, m - 1);
-    const int points = 1 << (m - 1);
-    for (int i = 0; i < points; ++i) {
+    const std::ptrdiff_t points = std::ptrdiff_t{1} << (m - 1);
+    for (std::ptrdiff_t i = 0; i < points; ++i) {
         buffer[2 * i + 1] = To16Sat(-buffer[2 * i + 1]);
     }
     return exponent;

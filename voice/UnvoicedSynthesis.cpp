@@ -66,8 +66,8 @@ void UnfoldFromTransform(WorkBuffer& work, int length) {
 
 // Both parts of the bins from `first` up to `end`.
 std::span<std::int16_t> Bins(WorkBuffer& spectrum, int first, int end) {
-    return std::span(spectrum).subspan(static_cast<std::size_t>(2 * first),
-                                       static_cast<std::size_t>(2 * (end - first)));
+    return std::span(spectrum).subspan(2 * static_cast<std::size_t>(first),
+                                       2 * static_cast<std::size_t>(end - first));
 }
 
 void ClearBins(WorkBuffer& spectrum, int first, int end) {
@@ -97,7 +97,8 @@ Scaled16 Product(Scaled16 a, Scaled16 b) {
 void ShapeBand(std::span<std::int16_t> band, Scaled16 scale, std::int16_t amplitude, int exponent) {
     std::int64_t power = 0;
     for (const std::int16_t value : band) {
-        power += std::int64_t{std::int32_t{value} * value} * 2;
+        const std::int32_t square = value * value;
+        power += std::int64_t{square} * 2;
     }
     if (power == 0) {
         return;

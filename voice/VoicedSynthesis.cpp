@@ -7,6 +7,7 @@
 #include "voice/UnvoicedSynthesis.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 
 namespace orva::voice {
@@ -163,8 +164,9 @@ void BuildWaveTable(const ImbeFrameParameters& record, ImbeDecoderState& state) 
         }
         const int index = (HarmonicPhase(l, state) * 1024) >> 16;
         const std::int16_t amplitude = record.amplitudes[l - 1];
-        table[2 * l] = High16(Shift(MulQ15(amplitude, CosAt(index)), shift));
-        table[2 * l + 1] = High16(Shift(MulQ15(amplitude, CosAt(index + kQuarterBack)), shift));
+        std::int16_t* bin = table + std::ptrdiff_t{2} * l;
+        bin[0] = High16(Shift(MulQ15(amplitude, CosAt(index)), shift));
+        bin[1] = High16(Shift(MulQ15(amplitude, CosAt(index + kQuarterBack)), shift));
     }
     // The exponent makes up for the inverse transform's division by the length.
     const int exponent = record.amplitudeExponent - shift + kTableLog2;

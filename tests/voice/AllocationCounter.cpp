@@ -34,10 +34,10 @@ void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 
-namespace orva::test {
+namespace orva::voice::test {
 
 long AllocationCount() {
     return allocations;
 }
 
-} // namespace orva::test
+} // namespace orva::voice::test

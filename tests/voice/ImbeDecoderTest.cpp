@@ -217,7 +217,7 @@ public:
         ++frame;
         const int pitchCode = phase == 5 ? Below(208) : (frame * 3 / 2 + 60 * phase) % 208;
         test::VoiceFields fields = PlainFields(pitchCode, 12 + Below(30), phase == 1 ? 0 : 1);
-        const auto row = AllocationRow(test::HarmonicsOf(pitchCode));
+        const auto row = AllocationRow(test::HarmonicsOfPitchCode(pitchCode));
         for (std::size_t i = 0; i < fields.coefficients.size(); ++i) {
             const int range = 1 << row[i];
             fields.coefficients[i] =
@@ -364,7 +364,7 @@ TEST(ImbeDecoder, ExtremeFramesDoNoHarm) {
             ImbeDecoderState state;
             ImbeInit(state);
             test::VoiceFields fields = PlainFields(pitchCode, end == 0 ? 0 : 63, pitchCode % 2);
-            const auto row = AllocationRow(test::HarmonicsOf(pitchCode));
+            const auto row = AllocationRow(test::HarmonicsOfPitchCode(pitchCode));
             for (std::size_t i = 0; i < fields.coefficients.size(); ++i) {
                 fields.coefficients[i] = end == 0 ? 0 : (1 << row[i]) - 1;
             }
@@ -373,7 +373,7 @@ TEST(ImbeDecoder, ExtremeFramesDoNoHarm) {
                 ImbeSynthesizeFrame(block, state);
                 ASSERT_EQ(block.status, 0);
             }
-            ASSERT_EQ(state.lastFrame.harmonics, test::HarmonicsOf(pitchCode));
+            ASSERT_EQ(state.lastFrame.harmonics, test::HarmonicsOfPitchCode(pitchCode));
         }
     }
 }

@@ -15,7 +15,7 @@
 namespace orva::voice {
 namespace {
 
-using test::HarmonicsOf;
+using test::HarmonicsOfPitchCode;
 using test::VoiceFields;
 
 // The quantisers as tables of real numbers.
@@ -67,7 +67,7 @@ double DctBound(const std::vector<double>& x) {
 
 VoiceFields RandomFields(std::mt19937& random, int pitchCode) {
     VoiceFields fields = test::PlainFields(pitchCode, static_cast<int>(random() % 64), 0);
-    const auto row = AllocationRow(HarmonicsOf(pitchCode));
+    const auto row = AllocationRow(HarmonicsOfPitchCode(pitchCode));
     for (std::size_t i = 0; i < fields.coefficients.size(); ++i) {
         fields.coefficients[i] = static_cast<int>(random() % (1U << row[i]));
     }
@@ -142,7 +142,7 @@ TEST(ModelParameters, EveryFieldComesBackFromItsPlace) {
     std::mt19937 random(20);
     for (int pitchCode = 0; pitchCode < 208; ++pitchCode) {
         const VoiceFields fields = RandomFields(random, pitchCode);
-        const int harmonics = HarmonicsOf(pitchCode);
+        const int harmonics = HarmonicsOfPitchCode(pitchCode);
         const ParameterVector vector = BuildParameterVector(test::PackFields(fields).data(), harmonics);
         std::size_t position = 0;
         const auto read = [&](int count) {
@@ -347,7 +347,7 @@ struct ExactAmplitudes {
 };
 
 ExactAmplitudes Reconstruct(const VoiceFields& fields, const ImbeDecoderState& state) {
-    const int harmonics = HarmonicsOf(fields.pitchCode);
+    const int harmonics = HarmonicsOfPitchCode(fields.pitchCode);
     const auto row = AllocationRow(harmonics);
     std::size_t field = 0;
     std::vector<double> gains{double{1} * kGainTable[static_cast<std::size_t>(fields.gainCode)]};
@@ -405,7 +405,7 @@ TEST(ModelParameters, AmplitudesOfEveryLengthMatchTheFormulas) {
 // Amplitudes differ within a block only through its own coefficients, so one coefficient shows a block's
 // extent.
 std::vector<int> BlockStarts(int pitchCode) {
-    const int harmonics = HarmonicsOf(pitchCode);
+    const int harmonics = HarmonicsOfPitchCode(pitchCode);
     std::vector<int> starts{1};
     const ImbeFrameParameters plain = UnpackFresh(test::PlainFields(pitchCode, 30, 0));
     std::vector<int> changedBlocks;
@@ -427,13 +427,13 @@ std::vector<int> BlockStarts(int pitchCode) {
 
 TEST(ModelParameters, TwelveHarmonicsAreSixBlocksOfTwo) {
     const int pitchCode = 4 * 3;
-    ASSERT_EQ(HarmonicsOf(pitchCode), 12);
+    ASSERT_EQ(HarmonicsOfPitchCode(pitchCode), 12);
     EXPECT_EQ(BlockStarts(pitchCode), (std::vector{1, 3, 5, 7, 9, 11}));
 }
 
 TEST(ModelParameters, ThirteenHarmonicsEndInABlockOfThree) {
     const int pitchCode = 4 * 5;
-    ASSERT_EQ(HarmonicsOf(pitchCode), 13);
+    ASSERT_EQ(HarmonicsOfPitchCode(pitchCode), 13);
     EXPECT_EQ(BlockStarts(pitchCode), (std::vector{1, 3, 5, 7, 9, 11}));
     // The last block's second coefficient bends three amplitudes.
     VoiceFields fields = test::PlainFields(pitchCode, 30, 0);
@@ -447,7 +447,7 @@ TEST(ModelParameters, ThirteenHarmonicsEndInABlockOfThree) {
 }
 
 TEST(ModelParameters, NineHarmonicsHaveThreeBlocksOfOneEntry) {
-    ASSERT_EQ(HarmonicsOf(0), 9);
+    ASSERT_EQ(HarmonicsOfPitchCode(0), 9);
     EXPECT_EQ(BlockStarts(0), (std::vector{1, 4, 6, 8}));
 }
 
@@ -495,7 +495,7 @@ TEST(ModelParameters, HarmonicsAbove36ShareTheLastBit) {
 
 TEST(ModelParameters, LastBandIsWrittenWholeBeyondTheHarmonics) {
     const VoiceFields fields = test::PlainFields(4, 20, 1);
-    ASSERT_EQ(HarmonicsOf(4), 10);
+    ASSERT_EQ(HarmonicsOfPitchCode(4), 10);
     const ImbeFrameParameters record = UnpackFresh(fields);
     EXPECT_EQ(record.voiced[9], 1);
     EXPECT_EQ(record.voiced[10], 1);

@@ -94,8 +94,7 @@ private:
         std::vector<Complex> bins(128);
         for (std::size_t k = 1; k < bins.size(); ++k) {
             for (std::size_t n = 0; n < x.size(); ++n) {
-                bins[k] += x[n] * std::polar(1.0, -2.0 * std::numbers::pi *
-                                                      static_cast<double>((k * n) % 256) / 256.0);
+                bins[k] += x[n] * std::conj(turns[k * n % 256]);
             }
         }
         return bins;
@@ -105,9 +104,7 @@ private:
         std::vector<double> x(256, 0.0);
         for (std::size_t n = 0; n < x.size(); ++n) {
             for (std::size_t k = 1; k < bins.size(); ++k) {
-                x[n] += 2.0 * (bins[k] * std::polar(1.0, 2.0 * std::numbers::pi *
-                                                             static_cast<double>((k * n) % 256) / 256.0))
-                                  .real();
+                x[n] += 2.0 * (bins[k] * turns[k * n % 256]).real();
             }
             x[n] /= 2.0 * 256.0; // one half of the inverse transform
         }

@@ -6,9 +6,7 @@
 #include <bit>
 #include <span>
 
-namespace orva::test {
-
-using voice::AllocationRow;
+namespace orva::voice::test {
 
 std::uint32_t EncodeGolay(std::uint32_t information) {
     // x^11 + x^10 + x^6 + x^5 + x^4 + x^2 + 1
@@ -34,11 +32,11 @@ std::uint32_t EncodeHamming(std::uint32_t information) {
     return (information << 4) | parity;
 }
 
-std::array<int, voice::kCodedBits> InterleavingMap() {
+std::array<int, kCodedBits> InterleavingMap() {
     // Six rows of 24 positions; a group takes two positions of each row, the second three in other order.
     constexpr std::array<int, 12> kOffsets{0, 24, 48, 72, 96, 120, 25, 1, 73, 49, 121, 97};
-    std::array<int, voice::kCodedBits> received{};
-    for (int index = 0; index < voice::kCodedBits; ++index) {
+    std::array<int, kCodedBits> received{};
+    for (int index = 0; index < kCodedBits; ++index) {
         const int position = 2 * (index / 12) + kOffsets[static_cast<std::size_t>(index % 12)];
         received[static_cast<std::size_t>(position)] = index;
     }
@@ -84,13 +82,13 @@ CodedBits EncodeFrame(const InformationBits& information) {
     return received;
 }
 
-int HarmonicsOf(int pitchCode) {
+int HarmonicsOfPitchCode(int pitchCode) {
     // 0.9254 of half the pitch period; the two lowest bits of the code do not count.
     return static_cast<int>(60648.0 / 65536.0 * (pitchCode / 4 + 10));
 }
 
 VoiceFields PlainFields(int pitchCode, int gainCode, int voicing) {
-    const int harmonics = HarmonicsOf(pitchCode);
+    const int harmonics = HarmonicsOfPitchCode(pitchCode);
     VoiceFields fields;
     fields.pitchCode = pitchCode;
     fields.gainCode = gainCode;
@@ -103,7 +101,7 @@ VoiceFields PlainFields(int pitchCode, int gainCode, int voicing) {
 
 InformationBits PackFields(const VoiceFields& fields) {
     // Coefficient bits in order of their weight, fields in order within one weight.
-    const auto lengths = AllocationRow(HarmonicsOf(fields.pitchCode));
+    const auto lengths = AllocationRow(HarmonicsOfPitchCode(fields.pitchCode));
     std::vector<std::uint8_t> weighted;
     for (int weight = 10; weight >= 1; --weight) {
         for (std::size_t j = 0; j < fields.coefficients.size(); ++j) {
@@ -134,18 +132,18 @@ InformationBits PackFields(const VoiceFields& fields) {
     return information;
 }
 
-voice::ImbeFrameBlock ReceivedBlock(const InformationBits& information) {
-    voice::ImbeFrameBlock block{};
+ImbeFrameBlock ReceivedBlock(const InformationBits& information) {
+    ImbeFrameBlock block{};
     std::ranges::copy(EncodeFrame(information), block.bits);
-    block.sampleCount = voice::kNominalFrameLength;
+    block.sampleCount = kNominalFrameLength;
     block.softBits = 1;
     return block;
 }
 
-voice::ImbeFrameBlock CorrectedBlock(const InformationBits& information) {
-    voice::ImbeFrameBlock block{};
+ImbeFrameBlock CorrectedBlock(const InformationBits& information) {
+    ImbeFrameBlock block{};
     std::ranges::copy(information, block.bits);
-    block.sampleCount = voice::kNominalFrameLength;
+    block.sampleCount = kNominalFrameLength;
     block.softBits = 1;
     return block;
 }
@@ -157,7 +155,7 @@ void Digest::Add(std::int64_t value) {
     }
 }
 
-void Digest::Add(const voice::ImbeFrameParameters& record) {
+void Digest::Add(const ImbeFrameParameters& record) {
     Add(record.kind);
     Add(record.harmonics);
     Add(record.pitchGate);
@@ -171,7 +169,7 @@ void Digest::Add(const voice::ImbeFrameParameters& record) {
     }
 }
 
-void Digest::Add(const voice::ImbeDecoderState& state) {
+void Digest::Add(const ImbeDecoderState& state) {
     const auto addAll = [this](const auto& values) {
         for (const std::int16_t value : values) {
             Add(value);
@@ -202,4 +200,4 @@ void Digest::Add(const voice::ImbeDecoderState& state) {
     Add(state.previousHarmonics);
 }
 
-} // namespace orva::test
+} // namespace orva::voice::test

@@ -7,10 +7,10 @@
 #include <cstdint>
 #include <vector>
 
-namespace orva::test {
+namespace orva::voice::test {
 
-using InformationBits = std::array<std::uint8_t, voice::kInformationBits>;
-using CodedBits = std::array<std::uint8_t, voice::kCodedBits>;
+using InformationBits = std::array<std::uint8_t, kInformationBits>;
+using CodedBits = std::array<std::uint8_t, kCodedBits>;
 
 /// Golay code word of 12 information bits, by division by the generator polynomial.
 std::uint32_t EncodeGolay(std::uint32_t information);
@@ -19,7 +19,7 @@ std::uint32_t EncodeGolay(std::uint32_t information);
 std::uint32_t EncodeHamming(std::uint32_t information);
 
 /// Position in received order of each coded position.
-std::array<int, voice::kCodedBits> InterleavingMap();
+std::array<int, kCodedBits> InterleavingMap();
 
 /// 88 information bits to 144 channel bits in received order, one per byte.
 CodedBits EncodeFrame(const InformationBits& information);
@@ -34,7 +34,7 @@ struct VoiceFields {
 };
 
 /// L of a pitch code below 208.
-int HarmonicsOf(int pitchCode);
+int HarmonicsOfPitchCode(int pitchCode);
 
 /// Fields of the right sizes for a pitch code, coefficients at the middle of their range.
 VoiceFields PlainFields(int pitchCode, int gainCode, int voicing);
@@ -43,21 +43,21 @@ VoiceFields PlainFields(int pitchCode, int gainCode, int voicing);
 InformationBits PackFields(const VoiceFields& fields);
 
 /// A block ready for `ImbeDecodeCodeWords`.
-voice::ImbeFrameBlock ReceivedBlock(const InformationBits& information);
+ImbeFrameBlock ReceivedBlock(const InformationBits& information);
 
 /// A block ready for `ImbeSynthesizeFrame`.
-voice::ImbeFrameBlock CorrectedBlock(const InformationBits& information);
+ImbeFrameBlock CorrectedBlock(const InformationBits& information);
 
 /// A digest over a decoder's whole state, field by field.
 class Digest {
 public:
     void Add(std::int64_t value);
-    void Add(const voice::ImbeFrameParameters& record);
-    void Add(const voice::ImbeDecoderState& state);
+    void Add(const ImbeFrameParameters& record);
+    void Add(const ImbeDecoderState& state);
     std::uint64_t Value() const { return hash; }
 
 private:
     std::uint64_t hash = 0xCBF29CE484222325U; // FNV-1a, 64 bits
 };
 
-} // namespace orva::test
+} // namespace orva::voice::test
