@@ -183,7 +183,7 @@ TEST_F(DecodeFailure, TellsAFullDisk) {
 
 TEST_F(DecodeFailure, RefusesToOverwriteAnInput) {
     const std::string before = ReadWholeFile(good);
-    for (const char* option : {"-o", "--events", "--dibits"}) {
+    for (const char* option : {"-o", "--events", "--dibits", "--fm", "--plot"}) {
         ExpectComplaint(kExitUsage, "is both read and written", {good, option, good});
         ExpectComplaint(kExitUsage, "is both read and written",
                         {good, option, folder.Path("../" + folder.Name() + "/good.if.wav")});
@@ -199,6 +199,7 @@ TEST_F(DecodeFailure, RefusesTwoOutputsInOneFile) {
     ExpectComplaint(kExitUsage, "is written by two options", {good, "-o", path, "--events", path});
     ExpectComplaint(kExitUsage, "is written by two options", {good, "-o", path, "--dibits", path});
     ExpectComplaint(kExitUsage, "is written by two options", {good, "--events", path, "--dibits", path});
+    ExpectComplaint(kExitUsage, "is written by two options", {good, "--fm", path, "--plot", path});
     folder.Write("output", std::string_view("old"));
     ExpectComplaint(kExitUsage, "is written by two options", {good, "-o", path, "--events", path});
     EXPECT_EQ(ReadWholeFile(path), "old");

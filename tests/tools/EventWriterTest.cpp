@@ -104,7 +104,7 @@ TEST_F(EventWriterTest, WritesASummary) {
     call.correctedBits = 36;
     call.concealedFrames = 1;
     EXPECT_EQ(
-        Written([&] { writer.Summary(10.0, 200.5, log.GetTotals(), {call}, ControlChannelLog()); }),
+        Written([&] { writer.Summary(10.0, 200.5, log.GetTotals(), {call}, ControlChannelLog(), nullptr); }),
         "{\"event\":\"summary\",\"time\":10.0,\"seconds\":10.0,\"times_real_time\":200.5,\"nacs\":[659],"
         "\"frames\":{\"LDU1\":1,\"TDU\":1},\"uncorrectable_nids\":1,\"voice_frames\":1,"
         "\"voice_seconds\":0.02,\"concealed_frames\":1,\"error_rate\":25.0,\"lost\":1,\"call_count\":1,"
