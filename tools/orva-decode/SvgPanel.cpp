@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <string_view>
 
 namespace orva::tools {
 
@@ -30,10 +32,45 @@ std::string Behind(const std::string& unit) {
     return unit.empty() ? unit : " " + unit;
 }
 
-std::string Escaped(const std::string& text) {
+/// The character of UTF-8 that `text` begins with, 0 when it is none that XML allows, and its length.
+struct Character {
+    std::uint32_t code = 0;
+    std::size_t length = 1;
+};
+
+Character FirstCharacter(std::string_view text) {
+    constexpr std::uint32_t kLeast[] = {0, 0x20, 0x80, 0x800, 0x10000}; // by length
+    const auto lead = static_cast<unsigned char>(text[0]);
+    const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    const bool isLead = lead < 0x80 || (lead >= 0xC0 && lead < 0xF8);
+    if (!isLead || length > text.size()) {
+        return {};
+    }
+    std::uint32_t code = length == 1 ? lead : lead & (0x7FU >> length);
+    for (std::size_t i = 1; i < length; ++i) {
+        const auto next = static_cast<unsigned char>(text[i]);
+        if ((next & 0xC0) != 0x80) {
+            return {};
+        }
+        code = code << 6 | (next & 0x3F);
+    }
+    const bool isSurrogate = code >= 0xD800 && code < 0xE000;
+    if (code < kLeast[length] || code > 0x10FFFF || isSurrogate || code == 0xFFFE || code == 0xFFFF) {
+        return {};
+    }
+    return {code, length};
+}
+
+/// Text for the picture. A file's name may be any bytes; what cannot be shown is replaced.
+std::string Escaped(std::string_view text) {
+    constexpr const char* kReplacement = "\xEF\xBF\xBD";
     std::string escaped;
-    for (const char c : text) {
-        switch (c) {
+    while (!text.empty()) {
+        const Character character = FirstCharacter(text);
+        switch (character.code) {
+        case 0:
+            escaped += kReplacement;
+            break;
         case '&':
             escaped += "&amp;";
             break;
@@ -44,10 +81,16 @@ std::string Escaped(const std::string& text) {
             escaped += "&gt;";
             break;
         default:
-            escaped += c;
+            escaped += text.substr(0, character.length);
         }
+        text.remove_prefix(character.length);
     }
     return escaped;
+}
+
+/// Where `value` lies between `low` and `high`, 0 .. 1; 0 when there is nothing between them.
+double Share(double value, double low, double high) {
+    return high > low ? std::clamp((value - low) / (high - low), 0.0, 1.0) : 0.0;
 }
 
 std::string Segment(double x1, double y1, double x2, double y2, const std::string& colour,
@@ -61,13 +104,11 @@ std::string Segment(double x1, double y1, double x2, double y2, const std::strin
 SvgPanel::SvgPanel(const SvgBox& place, const SvgRange& values) : box(place), range(values) {}
 
 double SvgPanel::PixelX(double x) const {
-    const double share = (x - range.left) / (range.right - range.left);
-    return box.x + box.width * std::clamp(share, 0.0, 1.0);
+    return box.x + box.width * Share(x, range.left, range.right);
 }
 
 double SvgPanel::PixelY(double y) const {
-    const double share = (y - range.bottom) / (range.top - range.bottom);
-    return box.y + box.height * (1 - std::clamp(share, 0.0, 1.0));
+    return box.y + box.height * (1 - Share(y, range.bottom, range.top));
 }
 
 void SvgPanel::Text(double x, double y, const char* anchor, const std::string& text,
@@ -82,6 +123,9 @@ void SvgPanel::Title(const std::string& text) {
 }
 
 void SvgPanel::HorizontalTicks(double step, const std::string& unit) {
+    if (step <= 0) {
+        return; // nothing to divide
+    }
     const double first = std::ceil(range.left / step);
     for (double i = first; i * step <= range.right * (1 + 1e-9); ++i) {
         const double x = PixelX(i * step);
@@ -93,6 +137,9 @@ void SvgPanel::HorizontalTicks(double step, const std::string& unit) {
 }
 
 void SvgPanel::VerticalTicks(double step, const std::string& unit) {
+    if (step <= 0) {
+        return; // nothing to divide
+    }
     const double first = std::ceil(range.bottom / step);
     for (double i = first; i * step <= range.top + 1e-9; ++i) {
         const double y = PixelY(i * step);
