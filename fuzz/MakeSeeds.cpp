@@ -66,7 +66,7 @@ void WriteDibitSeeds() {
     groupCall.AddCall(group, voice);
     Write("fuzz-dibits/group-call", DibitInput(1, 0, groupCall.Dibits()));
 
-    test::Transmission unitCall(test::ErrorInjector(test::ErrorPlan::Heaviest()));
+    test::Transmission unitCall{test::ErrorInjector(test::ErrorPlan::Heaviest())};
     unitCall.AddCall(unit, voice);
     Write("fuzz-dibits/unit-call-with-errors", DibitInput(4, 0x81, unitCall.Dibits()));
 

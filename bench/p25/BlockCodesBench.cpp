@@ -45,7 +45,7 @@ void CorrectNid(benchmark::State& state) {
     BlockTimes times;
     std::size_t next = 0;
     std::uint64_t corrected = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         NidText text = words[next];
         std::uint32_t errorCount = 0;
         times.Measure([&] { benchmark::DoNotOptimize(p25::CorrectNid(text.data(), &errorCount)); });
@@ -88,7 +88,7 @@ void DecodeReedSolomon(benchmark::State& state) {
     BlockTimes times;
     std::size_t next = 0;
     bool allCorrected = true;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         Word word = received[next];
         times.Measure([&] { benchmark::DoNotOptimize(decoder.Decode(kFullWord, word.data())); });
         allCorrected = allCorrected && word == clean[next];

@@ -22,7 +22,7 @@ void Demodulate(benchmark::State& state) {
     demodulator.Process(signal.data(), kBlock);
     BlockTimes times;
     std::size_t next = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         times.Measure([&] { benchmark::DoNotOptimize(demodulator.Process(signal.data() + next, kBlock)); });
         next = (next + kBlock) % signal.size();
     }

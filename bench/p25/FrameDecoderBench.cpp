@@ -20,7 +20,7 @@ void DecodeDataUnit(benchmark::State& state) {
     p25::COrvaFrameDecoder decoder;
     BlockTimes times;
     std::size_t unit = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         times.Measure([&] {
             decoder.Decode(dibits.data() + unit * kDataUnitDibits, kDataUnitDibits);
             while (dsp::CtbSampleBlock* block = decoder.PopVoiceBlock()) {
@@ -49,7 +49,7 @@ void SearchForSync(benchmark::State& state) {
     }();
     p25::COrvaFrameDecoder decoder;
     BlockTimes times;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         times.Measure([&] { decoder.Decode(noise.data(), kDataUnitDibits); });
     }
     times.Report(state);

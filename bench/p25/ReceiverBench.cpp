@@ -51,7 +51,7 @@ void Receive(benchmark::State& state) {
 
     BlockTimes times;
     std::size_t next = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         times.Measure([&] { DecodeBlock(demodulator, decoder, signal.data() + next); });
         decoder.TakeRecords(nullptr);
         next = (next + kBlock) % signal.size();
@@ -70,7 +70,7 @@ BENCHMARK(Receive)->Arg(48000)->Arg(64000)->Unit(benchmark::kMicrosecond);
 /// The yardstick itself, in the same run.
 void BareDot(benchmark::State& state) {
     double seconds = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         seconds = BareDotSeconds();
     }
     state.counters["ns_a_dot"] = 1e9 * seconds;

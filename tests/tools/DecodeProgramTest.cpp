@@ -31,7 +31,7 @@ protected:
 
     ProgramResult Run(const std::vector<std::string>& arguments,
                       const std::string& standardInput = {}) const {
-        const ProgramResult result = RunOrvaDecode(folder, arguments, standardInput);
+        ProgramResult result = RunOrvaDecode(folder, arguments, standardInput);
         EXPECT_EQ(result.exitCode, 0) << result.errors;
         EXPECT_EQ(result.errors, "");
         return result;
