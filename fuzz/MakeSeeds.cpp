@@ -1,10 +1,12 @@
 /// Writes inputs that the fuzz targets start from, made by the test transmitter: whole frames, voice and
 /// headers that are right, for the fuzzer to spoil.
 ///
-/// Usage: make-fuzz-seeds FOLDER, which has the folders fuzz-dibits, fuzz-voice and fuzz-wave in it.
+/// Usage: make-fuzz-seeds FOLDER, which has the folders fuzz-dibits, fuzz-voice, fuzz-trunking and fuzz-wave
+/// in it.
 #include "tests/audio/RiffBytes.h"
 #include "tests/support/SpeechSource.h"
 #include "tests/support/Transmission.h"
+#include "tests/support/TrunkingMessage.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -119,6 +121,44 @@ void WriteVoiceSeeds() {
     }
 }
 
+/// Messages in the language of FuzzTrunking.cpp, each after a reset and in a packet of its own.
+void WriteTrunkingSeeds() {
+    constexpr std::uint8_t kCleanPacket = 6; // of one message
+    constexpr std::uint8_t kDamagedPacket = 8;
+    constexpr std::uint8_t kRetune = 14;
+    constexpr std::uint8_t kTakeRecords = 15;
+    const test::TrunkingData plan =
+        test::IdentifierUpdate({.identifier = 1, .spacing = 50, .baseFrequency = 170202500});
+    const std::vector<test::TrunkingData> messages = {
+        plan,
+        test::GroupGrant({1, 100}, 1, 2, 4),
+        test::GroupGrantUpdate({1, 100}, 1, {2, 200}, 3),
+        test::GroupGrantUpdateExplicit({1, 100}, {1, 200}, 1, 0),
+        test::RegroupedGrant({1, 100}, 1, 2),
+        test::RegroupedGrantUpdate({1, 100}, 1, {1, 100}, 1),
+        test::UnitGrant({1, 100}, 1, 2),
+        test::UnitGrantUpdate({1, 100}, 1, 2),
+        test::Protected(plan),
+        test::OtherMessage(61)};
+    Bytes clean = {20};
+    Bytes spoilt = {149};
+    for (const test::TrunkingData& message : messages) {
+        clean.push_back(kCleanPacket);
+        clean.insert(clean.end(), message.begin(), message.end());
+        spoilt.push_back(kDamagedPacket);
+        spoilt.insert(spoilt.end(), message.begin(), message.end());
+        spoilt.push_back(static_cast<std::uint8_t>(spoilt.size()));
+    }
+    clean.push_back(kTakeRecords);
+    Write("fuzz-trunking/each-message", clean);
+    Write("fuzz-trunking/each-message-with-an-error", spoilt);
+
+    Bytes retuned = clean;
+    retuned.insert(retuned.end(), {kRetune, 0x80, 0x25, 0xB9, 0x32});
+    retuned.insert(retuned.end(), clean.begin() + 1, clean.end());
+    Write("fuzz-trunking/retuned", retuned);
+}
+
 void WriteWave(const std::string& name, Bytes file) {
     file.insert(file.begin(), std::uint8_t{2}); // read three samples at a time
     Write("fuzz-wave/" + name, file);
@@ -164,6 +204,7 @@ int main(int argc, char** argv) {
     orva::fuzz::folder = argv[1];
     orva::fuzz::WriteDibitSeeds();
     orva::fuzz::WriteVoiceSeeds();
+    orva::fuzz::WriteTrunkingSeeds();
     orva::fuzz::WriteWaveSeeds();
     return 0;
 }
