@@ -1,9 +1,9 @@
 #include "tests/p25/ReceivedControlChannel.h"
 
 #include "p25/COrvaDemodulator.h"
+#include "tests/support/BusyControlChannel.h"
 #include "tests/support/SpeechSource.h"
 #include "tests/support/Transmission.h"
-#include "tests/support/TrunkingMessage.h"
 
 #include <algorithm>
 
@@ -24,45 +24,14 @@ Transmission ShortCall() {
     return call;
 }
 
-/// Message `number` of a busy control channel. The numbers in them keep any two apart.
-TrunkingData BusyMessage(unsigned number) {
-    const ChannelField channel{1 + number % 2, number % 4096};
-    const unsigned group = 1000 + number;
-    switch (number % 8) {
-    case 0:
-        return IdentifierUpdate({.identifier = 1 + number / 8 % 2,
-                                 .transmitOffset = static_cast<int>(number),
-                                 .spacing = 50,
-                                 .baseFrequency = 170202500});
-    case 1:
-        return GroupGrant(channel, group, 70000 + number, 4);
-    case 2:
-        return GroupGrantUpdate(channel, group, {1, 5}, group + 1);
-    case 3:
-        return OtherMessage(59, 0, {static_cast<std::uint8_t>(number), 1, 2, 3, 4, 5, 6, 7});
-    case 4:
-        return GroupGrantUpdateExplicit({2, 7}, channel, group, 0);
-    case 5:
-        return UnitGrant(channel, 80000 + number, 90000 + number);
-    case 6:
-        return RegroupedGrantUpdate(channel, group, {2, 9}, group + 7);
-    default:
-        return OtherMessage(58, 0, {0, 9, 8, 7, 6, 5, 4, static_cast<std::uint8_t>(number)});
-    }
-}
-
-Transmission BusyControlChannel(int packets) {
+Transmission PacketsOfThreeBlocks(int packets) {
     constexpr unsigned kBlocks = 3;
-    Transmission channel;
-    unsigned number = 0;
+    BusyControlChannel channel(ControlChannelStream::kNac);
+    Transmission transmission;
     for (int packet = 0; packet < packets; ++packet) {
-        std::vector<TrunkingData> blocks;
-        while (blocks.size() < kBlocks) {
-            blocks.push_back(BusyMessage(number++));
-        }
-        channel.AddTrunking(ControlChannelStream::kNac, blocks);
+        channel.AddPacket(transmission, kBlocks);
     }
-    return channel;
+    return transmission;
 }
 
 void Receive(const std::vector<std::int16_t>& samples, int sampleRate, ControlChannelStream& stream) {
@@ -88,7 +57,7 @@ void Receive(const std::vector<std::int16_t>& samples, int sampleRate, ControlCh
 
 ReceivedControlChannel::ReceivedControlChannel(const ModulatorSettings& settings, int packets) {
     const Transmission call = ShortCall();
-    const Transmission channel = BusyControlChannel(packets);
+    const Transmission channel = PacketsOfThreeBlocks(packets);
     ControlChannelStream perfect;
     perfect.Feed(channel.Dibits());
     sentBlocks = perfect.blocks;

@@ -1,5 +1,6 @@
 #include "tools/orva-signal/SignalMaker.h"
 
+#include "tests/support/BusyControlChannel.h"
 #include "tests/support/C4fmPulse.h"
 #include "tools/orva-signal/VoiceChoice.h"
 
@@ -97,6 +98,14 @@ Signal MakeSignal(const SignalOptions& options, const test::VoiceSource& voice) 
         }
     }
     const test::ErrorInjector errors = ErrorsOf(options);
+    if (options.controlSeconds > 0.0) {
+        test::Transmission transmission(errors);
+        test::BusyControlChannel(options.call.networkAccessCode)
+            .AddSeconds(transmission, options.controlSeconds);
+        maker.Transmit(transmission, offset, false);
+        maker.AddGap(options.leadOut);
+        return maker.Take();
+    }
     for (int call = 0; call < options.calls; ++call) {
         if (call > 0) {
             maker.AddGap(options.pause);

@@ -166,12 +166,26 @@ void DescribeChannel(CLI::App& app, SignalOptions& options) {
         ->group(group);
 }
 
+void DescribeControlChannel(CLI::App& app, SignalOptions& options) {
+    auto* control =
+        app.add_option("--control", options.controlSeconds,
+                       "Transmit a control channel of this length instead of calls [s]: band plans, "
+                       "grants and other messages in packets of one to three blocks")
+            ->check(CLI::PositiveNumber)
+            ->group("Control channel");
+    for (const char* ofCalls : {"--calls", "--superframes", "--seconds", "--no-header", "--ending", "--voice",
+                                "--voice-file", "--packet-blocks", "--unknown"}) {
+        control->excludes(app.get_option(ofCalls));
+    }
+}
+
 } // namespace
 
 void DescribeOptions(CLI::App& app, SignalOptions& options) {
     DescribeFiles(app, options);
     DescribeCall(app, options);
     DescribeVoice(app, options);
+    DescribeControlChannel(app, options);
     DescribeChannel(app, options);
 }
 

@@ -30,6 +30,8 @@ struct SignalOptions {
     double leadOut = 0.2; ///< behind the last one [s]
     bool silentGaps = false;
 
+    double controlSeconds = 0.0; ///< least length of a control channel in place of the calls; 0: calls
+
     bool warmUp = false;
     int warmUpSuperframes = 2;
 

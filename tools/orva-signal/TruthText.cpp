@@ -93,6 +93,9 @@ Json ToJson(const PlacedFrame& placed) {
     for (const test::VoiceBits& voice : frame.voice) {
         json["voice"].push_back(test::ToHex(voice));
     }
+    for (const test::TrunkingData& block : frame.trunking) {
+        json["blocks"].push_back(HexOctets(test::WithTrunkingCrc(block)));
+    }
     return json;
 }
 
