@@ -20,7 +20,11 @@ constexpr std::size_t kMessageHeader = 140;
 constexpr std::size_t kRecordSize = 22;
 
 std::uint32_t LittleEndian(const std::uint8_t* bytes) {
-    return bytes[0] | bytes[1] << 8 | bytes[2] << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
+    std::uint32_t value = 0;
+    for (int i = 3; i >= 0; --i) {
+        value = value << 8 | bytes[i];
+    }
+    return value;
 }
 
 test::TrunkingData Grant(unsigned group) {
