@@ -83,7 +83,7 @@ TEST(ChannelTable, FrequencyBeyondThirtyOneBitsIsCoded) {
 TEST(ChannelTable, KeepsIdentifiersApart) {
     ChannelTable table;
     for (std::uint32_t identifier = 0; identifier < ChannelTable::kIdentifiers; ++identifier) {
-        table.Learn(identifier, {1000000 * (identifier + 1), identifier});
+        table.Learn(identifier, {std::uint64_t{1000000} * (identifier + 1), identifier});
     }
     for (std::uint32_t identifier = 0; identifier < ChannelTable::kIdentifiers; ++identifier) {
         EXPECT_EQ(table.Get(identifier).baseFrequency, 1000000U * (identifier + 1));

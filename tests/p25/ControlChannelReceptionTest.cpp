@@ -22,13 +22,13 @@ void PrintTo(const Signal& signal, std::ostream* out) {
 }
 
 ReceivedControlChannel Receive(const Signal& signal, int packets) {
-    const ReceivedControlChannel channel({.sampleRate = signal.sampleRate,
-                                          .carrierOffset = signal.offset,
-                                          .symbolPhase = 0.3,
-                                          .amplitude = signal.amplitude,
-                                          .snrDb = 25.0,
-                                          .seed = signal.seed},
-                                         packets);
+    ReceivedControlChannel channel({.sampleRate = signal.sampleRate,
+                                    .carrierOffset = signal.offset,
+                                    .symbolPhase = 0.3,
+                                    .amplitude = signal.amplitude,
+                                    .snrDb = 25.0,
+                                    .seed = signal.seed},
+                                   packets);
     std::cout << "[ measured ] " << testing::PrintToString(signal) << ": " << channel.rightBlocks << " of "
               << channel.sentBlocks.size() << " blocks right, " << channel.wrongBlocks << " wrong\n";
     return channel;

@@ -58,7 +58,7 @@ TEST(TrunkingBlock, CrcAgreesWithTheTransmitters) {
 }
 
 TEST(TrunkingBlock, CrcNoticesEveryOneAndTwoWrongBits) {
-    constexpr std::size_t kBits = 8 * kTrunkingBlockBytes;
+    constexpr std::size_t kBits = std::size_t{8} * kTrunkingBlockBytes;
     const TrunkingBlock good = BlockOf({0x3A, 0, 1, 2, 3, 4, 5, 6, 7, 8});
     for (std::size_t a = 0; a < kBits; ++a) {
         TrunkingBlock one = good;

@@ -50,9 +50,9 @@ TEST(TakeRecords, MessageHasItsHeaderAndTheRecordsInOrder) {
         ASSERT_NE(message, nullptr);
         ASSERT_EQ(size, kMessageHeader + kRecordSize * count);
 
-        std::uint8_t name[128] = {};
-        std::memcpy(name, "K728 ORVA", 9);
-        EXPECT_EQ(std::memcmp(message.get(), name, sizeof(name)), 0) << "zeros behind the name";
+        std::string name = "K728 ORVA";
+        name.resize(128, '\0');
+        EXPECT_EQ(std::memcmp(message.get(), name.data(), name.size()), 0) << "zeros behind the name";
         EXPECT_EQ(LittleEndian(message.get() + 128), 256U);
         EXPECT_EQ(LittleEndian(message.get() + 132), kRecordSize * count + 4);
         EXPECT_EQ(LittleEndian(message.get() + 136), count);

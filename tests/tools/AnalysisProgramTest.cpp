@@ -29,7 +29,7 @@ using nlohmann::json;
 class AnalysisProgram : public testing::Test {
 protected:
     ProgramResult Run(const std::vector<std::string>& arguments) const {
-        const ProgramResult result = RunOrvaDecode(folder, arguments);
+        ProgramResult result = RunOrvaDecode(folder, arguments);
         EXPECT_EQ(result.exitCode, 0) << result.errors;
         EXPECT_EQ(result.errors, "");
         return result;

@@ -66,12 +66,12 @@ TEST_P(SquelchMeterTest, HearsATone) {
 }
 
 TEST_P(SquelchMeterTest, HearsACodeOfEitherPolarity) {
-    constexpr unsigned kCode = 0023;
+    constexpr std::int32_t kCode = 0023;
     for (const bool inverted : {false, true}) {
         test::DcsEncoder code(kCode, inverted, static_cast<int>(GetParam()));
         const auto readings = Measure(GetParam(), 2.0, [&] { return CodeAudio(code); });
         ASSERT_EQ(readings.size(), 4U);
-        const std::int32_t expected = inverted ? -static_cast<std::int32_t>(kCode) : kCode;
+        const std::int32_t expected = inverted ? -kCode : kCode;
         for (std::size_t i = 1; i < readings.size(); ++i) {
             EXPECT_EQ(readings[i].dcs.count(expected), 1U) << "reading " << i;
             EXPECT_EQ(readings[i].dcs.size(), 2U) << "a code and the one whose inverse it is";
