@@ -314,6 +314,7 @@ protected:
     /// Tells of a change of the focus that has not been told yet.
     void TellFocus(bool gained);
     [[nodiscard]] bool IsOpaqueWindowlessChild() const; ///< visible, too
+    [[nodiscard]] bool IsVisibleOverlay() const;
     /// `area` less the windowless opaque children.
     void ExcludeOpaqueChildren(HRGN area) const;
     /// Reads `textHeight` from the font in force.

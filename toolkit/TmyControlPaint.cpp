@@ -36,7 +36,14 @@ bool TmyControl::IsOpaqueWindowlessChild() const {
     return window == nullptr && !HasState(ControlState::Hidden) && !HasState(ControlState::Overlay);
 }
 
+bool TmyControl::IsVisibleOverlay() const {
+    return window == nullptr && HasState(ControlState::Overlay) && !HasState(ControlState::Hidden);
+}
+
 void TmyControl::PaintTree(HDC dc, HRGN region) {
+    // An overlay may lie on opaque siblings, which are cut out of the clip by then.
+    const GdiRegion clip;
+    const int clipped = GetClipRgn(dc, clip.Get());
     for (TmyControl* child = firstChild; child != nullptr; child = child->nextSibling) {
         if (child->IsOpaqueWindowlessChild() && RectInRegion(region, &child->bounds) != 0) {
             {
@@ -48,10 +55,9 @@ void TmyControl::PaintTree(HDC dc, HRGN region) {
         }
     }
     OnPaint(dc);
+    SelectClipRgn(dc, clipped > 0 ? clip.Get() : nullptr);
     for (TmyControl* child = firstChild; child != nullptr; child = child->nextSibling) {
-        const bool overlay = child->window == nullptr && child->HasState(ControlState::Overlay) &&
-                             !child->HasState(ControlState::Hidden);
-        if (overlay && RectInRegion(region, &child->bounds) != 0) {
+        if (child->IsVisibleOverlay() && RectInRegion(region, &child->bounds) != 0) {
             const ChildCoordinates inChild(dc, region, child->bounds);
             child->PaintTree(dc, region);
         }
