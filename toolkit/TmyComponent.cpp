@@ -6,6 +6,7 @@
 #include "toolkit/TypeRegistry.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace orva::toolkit {
 
@@ -294,10 +295,11 @@ int TmyComponent::GetText(char* buffer, int size) const {
         SendMessageA(window, WM_GETTEXT, static_cast<WPARAM>(size), reinterpret_cast<LPARAM>(buffer)));
 }
 
-std::string TmyComponent::GetText() const {
-    std::string text(static_cast<std::size_t>(GetTextLength()), '\0');
-    const int copied = GetText(text.data(), static_cast<int>(text.size()) + 1);
-    text.resize(static_cast<std::size_t>(std::max(copied, 0)));
+TmyString TmyComponent::GetText() const {
+    std::vector<char> buffer(static_cast<std::size_t>(GetTextLength()) + 1);
+    const int copied = GetText(buffer.data(), static_cast<int>(buffer.size()));
+    TmyString text;
+    text.Assign(buffer.data(), static_cast<std::uint32_t>(std::max(copied, 0)));
     return text;
 }
 

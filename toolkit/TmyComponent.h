@@ -2,10 +2,10 @@
 #pragma once
 
 #include "toolkit/TmyControl.h"
+#include "toolkit/TmyString.h"
 
 #include <memory>
 #include <optional>
-#include <string>
 #include <windows.h>
 
 namespace orva::toolkit {
@@ -65,9 +65,9 @@ public:
     virtual void OnContextMenu(int x, int y); ///< on the screen; -1, -1 takes the pointer's place
     virtual void OnUserMessage(UINT id, WPARAM wParam, LPARAM lParam); ///< empty; `id` counts from `WM_USER`
     virtual LRESULT WndProc(UINT message, WPARAM wParam, LPARAM lParam);
-    virtual void SetText(const std::string& text);
+    virtual void SetText(const TmyString& text);
     virtual void SetText(const char* text);
-    [[nodiscard]] virtual std::string GetText() const;
+    [[nodiscard]] virtual TmyString GetText() const;
     /// Copies at most `size` characters, the end's zero included; the number copied without it.
     virtual int GetText(char* buffer, int size) const;
     [[nodiscard]] virtual int GetTextLength() const;
