@@ -89,8 +89,7 @@ void TmyComponent::Subclass(HWND platformWindow) {
     window = platformWindow;
 }
 
-// --- bounds
-// ------------------------------------------------------------------------------------------------------
+// --- bounds ------------------------------------------------------------------------------------------------
 
 void TmyComponent::UpdateBounds() {
     if (window == nullptr) {
@@ -161,8 +160,7 @@ void TmyComponent::SetClientSize(int width, int height) {
     SetSize(width + borderWidth, height + borderHeight);
 }
 
-// --- state
-// -------------------------------------------------------------------------------------------------------
+// --- state -------------------------------------------------------------------------------------------------
 
 bool TmyComponent::HasFocus() const {
     return window != nullptr && ::GetFocus() == window;
@@ -214,8 +212,7 @@ void TmyComponent::SetFont(HFONT newFont) {
     }
 }
 
-// --- painting
-// ----------------------------------------------------------------------------------------------------
+// --- painting ----------------------------------------------------------------------------------------------
 
 void TmyComponent::InvalidateRegion(HRGN region) {
     if (window != nullptr) {
@@ -265,11 +262,10 @@ void TmyComponent::SetDoubleBuffered(bool doubleBuffered) {
     Invalidate();
 }
 
-// --- text
-// --------------------------------------------------------------------------------------------------------
+// --- text --------------------------------------------------------------------------------------------------
 
-void TmyComponent::SetText(const std::string& text) {
-    SetText(text.c_str());
+void TmyComponent::SetText(const TmyString& text) {
+    SetText(text.Text());
 }
 
 void TmyComponent::SetText(const char* text) {
@@ -303,8 +299,7 @@ TmyString TmyComponent::GetText() const {
     return text;
 }
 
-// --- messages of one's own
-// ---------------------------------------------------------------------------------------
+// --- messages of one's own ---------------------------------------------------------------------------------
 
 bool TmyComponent::PostUserMessage(UINT id, WPARAM wParam, LPARAM lParam) {
     if (id > kHighestUserMessage || window == nullptr) {
@@ -331,8 +326,7 @@ void TmyComponent::OnContextMenu(int x, int y) {
     onContextMenu.Fire(this, x, y);
 }
 
-// --- the caret
-// ---------------------------------------------------------------------------------------------------
+// --- the caret ---------------------------------------------------------------------------------------------
 
 void TmyComponent::CreateCaret(int width, int height, HBITMAP bitmap) {
     if (window != nullptr) {

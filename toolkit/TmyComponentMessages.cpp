@@ -42,8 +42,7 @@ private:
 
 } // namespace
 
-// --- the way in
-// --------------------------------------------------------------------------------------------------
+// --- the way in --------------------------------------------------------------------------------------------
 
 LRESULT CALLBACK TmyComponent::InitialWndProc(HWND newWindow, UINT message, WPARAM wParam, LPARAM lParam) {
     TmyComponent* object = Application().TakeWindowUnderConstruction();
@@ -167,8 +166,7 @@ TmyComponent::Handled TmyComponent::HandleMessage(UINT message, WPARAM& wParam, 
     }
 }
 
-// --- mouse and keys
-// ----------------------------------------------------------------------------------------------
+// --- mouse and keys ----------------------------------------------------------------------------------------
 
 TmyComponent::Handled TmyComponent::HandleMouse(UINT message, WPARAM wParam, LPARAM lParam) {
     const int x = GET_X_LPARAM(lParam);
@@ -240,8 +238,7 @@ TmyComponent::Handled TmyComponent::HandleSetCursor(LPARAM lParam) {
     return 1;
 }
 
-// --- focus
-// -------------------------------------------------------------------------------------------------------
+// --- focus -------------------------------------------------------------------------------------------------
 
 bool TmyComponent::IsInSameTopLevel(HWND other) const {
     return other != nullptr && GetAncestor(other, GA_ROOT) == GetAncestor(window, GA_ROOT);
@@ -265,8 +262,7 @@ void TmyComponent::HandleKillFocus(HWND other) {
     }
 }
 
-// --- painting
-// ----------------------------------------------------------------------------------------------------
+// --- painting ----------------------------------------------------------------------------------------------
 
 void TmyComponent::HandlePaint(HDC given) {
     const GdiRegion region;
@@ -349,8 +345,7 @@ TmyComponent::Handled TmyComponent::HandleControlColor(HDC dc, HWND control) {
     return reinterpret_cast<LRESULT>(GetStockObject(DC_BRUSH));
 }
 
-// --- bounds
-// ------------------------------------------------------------------------------------------------------
+// --- bounds ------------------------------------------------------------------------------------------------
 
 void TmyComponent::HandleSize(WPARAM kind, int width, int height) {
     if (kind == SIZE_MINIMIZED) {
@@ -431,8 +426,7 @@ void TmyComponent::HandlePosChanged(const WINDOWPOS& position) {
     }
 }
 
-// --- the rest
-// ----------------------------------------------------------------------------------------------------
+// --- the rest ----------------------------------------------------------------------------------------------
 
 TmyComponent::Handled TmyComponent::HandleNotify(WPARAM wParam, LPARAM lParam) {
     const LifeGuard life(this);

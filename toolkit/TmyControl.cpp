@@ -79,8 +79,7 @@ void TmyControl::DeleteChildren() {
     }
 }
 
-// --- the tree
-// ----------------------------------------------------------------------------------------------------
+// --- the tree ----------------------------------------------------------------------------------------------
 
 void TmyControl::AddChild(TmyControl* child) {
     TmyControl* last = nullptr;
@@ -157,8 +156,7 @@ POINT TmyControl::OffsetInComponent() const {
     return offset;
 }
 
-// --- state
-// -------------------------------------------------------------------------------------------------------
+// --- state -------------------------------------------------------------------------------------------------
 
 void TmyControl::SetState(ControlState bit, bool on) {
     if (on) {
@@ -270,8 +268,7 @@ HCURSOR TmyControl::GetCursor() const {
     return cursor;
 }
 
-// --- look
-// --------------------------------------------------------------------------------------------------------
+// --- look --------------------------------------------------------------------------------------------------
 
 HFONT TmyControl::EffectiveFont() const {
     for (const TmyControl* control = this; control != nullptr; control = control->parent) {
@@ -386,8 +383,7 @@ void TmyControl::SetBrightness(std::uint32_t percent) {
     SetStyleValue(StyleValue::Brightness, percent);
 }
 
-// --- events that need no more than to be fired
-// -------------------------------------------------------------------
+// --- events that need no more than to be fired -------------------------------------------------------------
 
 void TmyControl::OnResize() {
     onResize.Fire(this);
@@ -402,8 +398,7 @@ void TmyControl::OnTimer(UINT_PTR id) {
     onTimer.Fire(this, id);
 }
 
-// --- the caret
-// ---------------------------------------------------------------------------------------------------
+// --- the caret ---------------------------------------------------------------------------------------------
 
 void TmyControl::CreateCaret(int width, int height, HBITMAP bitmap) {
     if (parent != nullptr) {

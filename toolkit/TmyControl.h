@@ -122,10 +122,10 @@ public:
 
     // What happens to a control. Where nothing else is said, the base fires the event of the same name.
 
-    virtual void
-    OnVisibilityChanged(bool visible); ///< tells the children; an aligned control realigns its parent
-    virtual void
-    SetParentEnabled(bool enabled); ///< an ancestor's state: told to the children, then `OnEnableChanged`
+    /// Tells the children; an aligned control realigns its parent.
+    virtual void OnVisibilityChanged(bool visible);
+    /// The state of an ancestor: told to the children, then `OnEnableChanged`.
+    virtual void SetParentEnabled(bool enabled);
     virtual void OnPaint(HDC dc);
     virtual void OnLeftButtonUp(WPARAM flags, int x, int y);
     virtual void OnRightButtonDown(WPARAM flags, int x, int y);

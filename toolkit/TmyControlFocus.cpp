@@ -116,8 +116,7 @@ void TmyControl::OnFocusChange(bool gained) {
     onFocus.Fire(this, gained);
 }
 
-// --- keys
-// --------------------------------------------------------------------------------------------------------
+// --- keys --------------------------------------------------------------------------------------------------
 
 void TmyControl::OnKeyDown(WPARAM& key, LPARAM flags) {
     const LifeGuard life(this);
@@ -147,8 +146,7 @@ void TmyControl::OnKeyPreview(WPARAM& key, LPARAM flags, TmyControl* sender) {
     onKeyPreview.Fire(this, key, flags, sender);
 }
 
-// --- tab order
-// ---------------------------------------------------------------------------------------------------
+// --- tab order ---------------------------------------------------------------------------------------------
 
 void TmyControl::MoveFocusByTab(bool backward) {
     TmyControl* top = GetTopLevel();

@@ -59,8 +59,7 @@ void TmyControl::GetPosition(POINT* point, bool screen) const {
     }
 }
 
-// --- moving
-// ------------------------------------------------------------------------------------------------------
+// --- moving ------------------------------------------------------------------------------------------------
 
 void TmyControl::SetBounds(int x, int y, int width, int height) {
     width = std::max(width, 0);
@@ -134,8 +133,7 @@ void TmyControl::FitToChildren(int extraX, int extraY) {
     SetSize(right + extraX, bottom + extraY);
 }
 
-// --- layout
-// ------------------------------------------------------------------------------------------------------
+// --- layout ------------------------------------------------------------------------------------------------
 
 void TmyControl::SetAlignment(Alignment newAlignment) {
     if (alignment == newAlignment) {

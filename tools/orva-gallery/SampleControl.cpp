@@ -4,8 +4,8 @@
 
 namespace orva::gallery {
 
-SampleControl::SampleControl(toolkit::TmyControl* parentControl, const char* sampleLabel, COLORREF sampleColor,
-                             const toolkit::Placement& placement)
+SampleControl::SampleControl(toolkit::TmyControl* parentControl, const char* sampleLabel,
+                             COLORREF sampleColor, const toolkit::Placement& placement)
     : TmyControl(parentControl, placement), label(sampleLabel), color(sampleColor) {
     SetFocusable(true);
 }

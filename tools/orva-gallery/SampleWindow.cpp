@@ -6,7 +6,8 @@ namespace orva::gallery {
 
 SampleWindow::SampleWindow(toolkit::TmyControl* parentControl, const char* sampleLabel, COLORREF sampleColor,
                            const toolkit::Placement& placement)
-    : TmyComponent(parentControl, sampleLabel, WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_CLIPSIBLINGS, 0, placement),
+    : TmyComponent(parentControl, sampleLabel, WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_CLIPSIBLINGS, 0,
+                   placement),
       label(sampleLabel),
       color(sampleColor) {}
 
