@@ -1,0 +1,62 @@
+/// The four functions that a host finds in the library, bound to the instances of this process.
+#include "plugin/EntryPoints.h"
+
+#include <type_traits>
+#include <windows.h>
+
+namespace orva::plugin {
+
+namespace {
+
+static_assert(kDeferredStartMessage == WM_USER);
+
+void ProcessPendingMessages() {
+    MSG message;
+    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
+        TranslateMessage(&message);
+        DispatchMessageA(&message);
+    }
+}
+
+void PostDeferredStart(WindowHandle window) {
+    PostMessageA(window, kDeferredStartMessage, 0, 0);
+}
+
+/// The instances of this process. Never destroyed: a host that unloads the library without closing its
+/// instances must find no half-destroyed list in the way.
+EntryPoints& ProcessEntryPoints() {
+    static auto& entryPoints =
+        *new EntryPoints({MakePluginInstance, ProcessPendingMessages, PostDeferredStart});
+    return entryPoints;
+}
+
+} // namespace
+
+extern "C" {
+
+std::uint32_t ORVA_HOST_CALL zemPluginInit(std::uint32_t /*reserved1*/, std::uint32_t /*reserved2*/,
+                                           char* nameBuffer, std::int32_t nameBufferSize) {
+    return EntryPoints::Init(nameBuffer, nameBufferSize);
+}
+
+std::uint32_t ORVA_HOST_CALL zemPluginStart(std::uint32_t hostHandle, ReceiverRecord* record,
+                                            ZemHostCallback callback, std::uint32_t /*reserved*/) {
+    return ProcessEntryPoints().Start(hostHandle, record, callback);
+}
+
+void ORVA_HOST_CALL zemPluginNotify(std::uint32_t hostHandle, std::int32_t code, std::uint32_t param,
+                                    std::uint32_t size, void* data) {
+    ProcessEntryPoints().Notify(hostHandle, code, param, size, data);
+}
+
+void ORVA_HOST_CALL zemPluginDone() {}
+
+} // extern "C"
+
+// What a host calls must be what its author was told.
+static_assert(std::is_same_v<decltype(&zemPluginInit), ZemPluginInit>);
+static_assert(std::is_same_v<decltype(&zemPluginStart), ZemPluginStart>);
+static_assert(std::is_same_v<decltype(&zemPluginNotify), ZemPluginNotify>);
+static_assert(std::is_same_v<decltype(&zemPluginDone), ZemPluginDone>);
+
+} // namespace orva::plugin
