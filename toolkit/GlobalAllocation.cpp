@@ -31,6 +31,18 @@ void Give(void* memory) noexcept {
     }
 }
 
+/// Gives the mutex back when the library is unloaded.
+class HeapCloser {
+public:
+    HeapCloser() = default;
+    ~HeapCloser() { ProcessHeap().Close(); }
+    HeapCloser(const HeapCloser&) = delete;
+    HeapCloser& operator=(const HeapCloser&) = delete;
+};
+
+// The first static object, and so the last to go: the others' memory is free by then.
+[[gnu::init_priority(101)]] const HeapCloser heapCloser;
+
 } // namespace
 
 void* operator new(std::size_t bytes) {
