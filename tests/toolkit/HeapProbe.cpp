@@ -6,23 +6,22 @@
 
 namespace {
 
-/// Takes its memory while the library is loaded, and gives it back while it is unloaded.
+/// Take memory while the library is loaded, and give it back while it is unloaded.
 std::vector<std::string> words(10, std::string(100, 'x'));
 
 } // namespace
 
 extern "C" {
 
-/// Allocates some, frees it, and keeps `kept` more bytes in a static object. Returns the bytes in use.
+/// Keeps so many more bytes until the library is unloaded. Returns how many more are in use.
 __declspec(dllexport) unsigned ProbeWork(unsigned kept) {
-    {
-        const std::vector<std::string> gone(100, std::string(50, 'y'));
-        words.emplace_back(kept, 'z');
-    }
-    return orva::toolkit::ProcessHeap().Statistics().usedBytes;
+    words.reserve(100);
+    const std::size_t before = orva::toolkit::ProcessHeap().Statistics().usedBytes;
+    words.emplace_back(kept, 'z');
+    return orva::toolkit::ProcessHeap().Statistics().usedBytes - before;
 }
 
-/// True while the heap is sound.
+/// 1 while the heap is sound.
 __declspec(dllexport) int ProbeVerify() {
     return orva::toolkit::ProcessHeap().Verify() == nullptr ? 1 : 0;
 }

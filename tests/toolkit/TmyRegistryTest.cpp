@@ -1,6 +1,7 @@
 #include "toolkit/TmyRegistry.h"
 
 #include "tests/toolkit/FakeDiagnostics.h"
+#include "tests/toolkit/OpenHandles.h"
 
 #include <cstring>
 #include <string>
@@ -229,17 +230,14 @@ TEST_F(TmyRegistryTest, WithoutARootAllFails) {
 }
 
 TEST_F(TmyRegistryTest, ClosesItsKeys) {
-    DWORD before = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &before);
+    const int before = test::CountOpenHandles();
     for (int i = 0; i < 100; ++i) {
         TmyRegistry other(HKEY_CURRENT_USER, kFullAccess);
         EXPECT_TRUE(other.OpenKey(path.c_str(), false, kFullAccess));
         EXPECT_TRUE(other.OpenKey("Inner", true, kFullAccess));
         EXPECT_FALSE(other.OpenKey("Missing", false, kFullAccess));
     }
-    DWORD after = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &after);
-    EXPECT_EQ(after, before);
+    EXPECT_EQ(test::CountOpenHandles(), before);
 }
 
 } // namespace
