@@ -12,6 +12,12 @@
 
 #include <gtest/gtest.h>
 
+// Not every compiler declares the sized ones by itself.
+void operator delete(void* memory, std::size_t bytes) noexcept;
+void operator delete[](void* memory, std::size_t bytes) noexcept;
+void operator delete(void* memory, std::size_t bytes, std::align_val_t alignment) noexcept;
+void operator delete[](void* memory, std::size_t bytes, std::align_val_t alignment) noexcept;
+
 namespace orva::toolkit {
 namespace {
 
