@@ -27,7 +27,8 @@ namespace orva::fuzz {
 namespace {
 
 constexpr int kMostSteps = 40;
-constexpr std::uint32_t kMostSamples = 6000;
+constexpr std::uint32_t kMostSamples = 6000;  ///< of a block
+constexpr double kMostSamplesInAll = 30000.0; ///< through the detectors, before or behind their resamplers
 constexpr std::uint32_t kMostPatternBytes = 64;
 constexpr int kMostRateChanges = 4; ///< each designs filters, which takes time
 
@@ -82,6 +83,8 @@ public:
         noiseHighPass.SetLength(squelch::kNoiseHighPassTaps);
         noiseHighPass.SetFilterType(dsp::kFilterHighPass);
         noiseHighPass.SetLowCut(squelch::kNoiseHighPassHz);
+        tone.SetSampleRate(rate);
+        dcs.SetSampleRate(rate);
     }
 
     void TakeStep(InputBytes& input) {
@@ -140,6 +143,10 @@ private:
 
     void TakeAudio(Samples audio, std::uint32_t stride) {
         const std::uint32_t count = CountOf(audio);
+        samplesTaken += count * samplesForOne;
+        if (samplesTaken > kMostSamplesInAll) {
+            return;
+        }
         Samples scratch(audio.size());
         const std::int32_t noise = squelch::MeasureNoise(noiseHighPass, scratch.data(), noiseLevel,
                                                          count % 2 == 0, audio.data(), count);
@@ -161,6 +168,9 @@ private:
         if (rateChanges++ < kMostRateChanges) {
             tone.SetSampleRate(hz);
             dcs.SetSampleRate(hz);
+            // A low rate is resampled to many times as much, which is slow.
+            constexpr float kCodeRate = 2688.0F;
+            samplesForOne = std::max<double>(samplesForOne, hz > 0.0F ? kCodeRate / hz : 1.0F);
         }
     }
 
@@ -216,6 +226,8 @@ private:
     static constexpr std::uint32_t rate = 48000;
     bool signalAllowed; ///< half of the inputs spare the demodulator's slow set-up
     int rateChanges = 0;
+    double samplesTaken = 0.0;
+    double samplesForOne = 1.0;
     std::uint32_t demodulatorRate = 48000;
     p25::COrvaAnalogDemodulator demodulator;
     dsp::TFIR_F32 noiseHighPass;
