@@ -1,5 +1,6 @@
 #include "p25/COrvaFrameDecoder.h"
 
+#include "p25/DibitText.h"
 #include "p25/FrameSync.h"
 #include "p25/NetworkIdentifier.h"
 
@@ -11,13 +12,10 @@ namespace orva::p25 {
 
 namespace {
 
-constexpr char kEndOfInput = static_cast<char>(0xFF);
-
 constexpr int kSearchLimit = 11;       ///< sync accepted below this sum, in the open
 constexpr int kSearchLargestLimit = 2; ///< and with no position off by this much
 constexpr int kExpectedLimit = 16;     ///< sync lost from this sum on, where its place is known
 
-constexpr std::int32_t kStatusPeriod = 36;
 constexpr std::int32_t kPhaseAfterSync = kSyncLength;
 
 /// Dibits behind the NID: a terminator has 72 in all, with link control 216; 24 are sync and 33 NID with
@@ -41,9 +39,7 @@ constexpr std::uint32_t kErrorBadState = 4;
 } // namespace
 
 COrvaFrameDecoder::COrvaFrameDecoder()
-    : rsEncryption(kSymbolBits),
-      rsHeader(kSymbolBits),
-      rsLinkControl(kSymbolBits) {
+    : rsEncryption(kSymbolBits), rsHeader(kSymbolBits), rsLinkControl(kSymbolBits) {
     rsEncryption.Init(kParityEncryption, 1, 1);
     rsHeader.Init(kParityHeader, 1, 1);
     rsLinkControl.Init(kParityLinkControl, 1, 1);

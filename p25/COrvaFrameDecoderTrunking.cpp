@@ -1,15 +1,12 @@
 /// Trunking signalling blocks: trellis, CRC and error count, and the way back to the next frame.
 #include "p25/COrvaFrameDecoder.h"
+#include "p25/DibitText.h"
 #include "p25/FrameSync.h"
 #include "p25/TrunkingMessages.h"
 
 namespace orva::p25 {
 
 namespace {
-
-constexpr char kEndOfInput = static_cast<char>(0xFF);
-constexpr std::uint32_t kDibitMask = 3;
-constexpr std::int32_t kStatusPeriod = 36;
 
 constexpr std::int32_t kBlockDibits = 98;
 constexpr std::uint32_t kBlockSymbols = kBlockDibits / 2;

@@ -1,6 +1,7 @@
 /// Bodies of header and logical link data units: signalling words, voice code words, and the blocks that
 /// speech leaves in. The low-speed data of the data units is not decoded.
 #include "p25/COrvaFrameDecoder.h"
+#include "p25/DibitText.h"
 #include "p25/GolayCode.h"
 #include "p25/HammingCode.h"
 
@@ -10,10 +11,6 @@
 namespace orva::p25 {
 
 namespace {
-
-constexpr char kEndOfInput = static_cast<char>(0xFF);
-constexpr std::uint32_t kDibitMask = 3;
-constexpr std::int32_t kStatusPeriod = 36;
 
 constexpr std::int32_t kHeaderWordDibits = 9;
 constexpr std::int32_t kHeaderWordsEnd = 325;  ///< first count behind the 36 words
