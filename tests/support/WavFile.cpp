@@ -1,6 +1,5 @@
 #include "tests/support/WavFile.h"
 
-#include <fstream>
 #include <string_view>
 
 namespace orva::test {
@@ -49,14 +48,6 @@ std::vector<std::uint8_t> WavBytes(std::span<const std::int16_t> samples, int sa
         AppendLittleEndian(bytes, static_cast<std::uint16_t>(sample), kBytesPerSample);
     }
     return bytes;
-}
-
-bool WriteWavFile(const std::string& path, std::span<const std::int16_t> samples, int sampleRate) {
-    const std::vector<std::uint8_t> bytes = WavBytes(samples, sampleRate);
-    std::ofstream file(path, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    return file.good();
 }
 
 } // namespace orva::test

@@ -3,15 +3,11 @@
 
 #include <cstdint>
 #include <span>
-#include <string>
 #include <vector>
 
 namespace orva::test {
 
 /// The bytes of such a file.
 std::vector<std::uint8_t> WavBytes(std::span<const std::int16_t> samples, int sampleRate);
-
-/// Writes it to `path`. False when that fails.
-bool WriteWavFile(const std::string& path, std::span<const std::int16_t> samples, int sampleRate);
 
 } // namespace orva::test

@@ -1,6 +1,6 @@
 #include "tools/orva-signal/SignalJob.h"
 
-#include "tests/support/WavFile.h"
+#include "audio/WaveFileWriter.h"
 #include "tools/orva-signal/SignalMaker.h"
 #include "tools/orva-signal/SignalOptions.h"
 #include "tools/orva-signal/TruthText.h"
@@ -29,10 +29,15 @@ bool WriteText(const std::string& path, const std::string& text) {
     return file.good();
 }
 
+bool WriteWave(const std::string& path, const Signal& signal, int sampleRate) {
+    audio::WaveFileWriter writer;
+    return writer.Create(path, static_cast<std::uint32_t>(sampleRate)) &&
+           writer.Write(signal.samples.data(), signal.samples.size()) && writer.Close();
+}
+
 /// The first file that could not be written; empty if all were.
 std::string WriteOutputs(const SignalOptions& options, const Signal& signal) {
-    if (!options.output.empty() &&
-        !test::WriteWavFile(options.output, signal.samples, options.modulator.sampleRate)) {
+    if (!options.output.empty() && !WriteWave(options.output, signal, options.modulator.sampleRate)) {
         return options.output;
     }
     if (!options.dibits.empty() && !WriteText(options.dibits, signal.dibits + "\n")) {
