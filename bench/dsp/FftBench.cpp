@@ -33,7 +33,7 @@ void ComputeSpectrum(benchmark::State& state, std::uint32_t features) {
     const double operationSeconds = MeasureBareDotProduct(kDotProduct) / (2.0 * kDotProduct);
     const double operations = 2.5 * kSize * std::log2(static_cast<double>(kSize));
     BlockTimes times;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         times.Measure([&] { fft.ComputeSpectrum(out.data(), in.data()); });
         benchmark::ClobberMemory();
     }

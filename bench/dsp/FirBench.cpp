@@ -100,7 +100,7 @@ void FilterBlocks(benchmark::State& state, Family family, Mode mode, std::uint32
     const double bare = MeasureBareDotProduct(floats);
     std::int64_t outputs = 0;
     BlockTimes times;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         times.Measure([&] { outputs += Run(filter, out.data(), in.data()); });
         benchmark::ClobberMemory();
     }

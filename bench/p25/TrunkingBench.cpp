@@ -38,7 +38,7 @@ void DecodeTrellis(benchmark::State& state) {
     p25::CtbTrellisDecoder decoder;
     BlockTimes times;
     std::size_t next = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         times.Measure([&] { benchmark::DoNotOptimize(decoder.Decode(blocks[next].data(), kBlockSymbols)); });
         next = (next + 1) % kBlocks;
     }
@@ -58,7 +58,7 @@ void DecodeTrunkingPacket(benchmark::State& state) {
     p25::COrvaFrameDecoder decoder;
     BlockTimes times;
     std::size_t messages = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         times.Measure([&] {
             decoder.Decode(packet.data(), static_cast<std::int32_t>(packet.size()));
             messages += decoder.TakeRecords(nullptr) != nullptr ? 1U : 0U;

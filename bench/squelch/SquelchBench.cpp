@@ -53,7 +53,7 @@ Samples Audio(std::uint32_t rate) {
 template <class Action>
 void RunBlocks(benchmark::State& state, const Samples& samples, double rate, Action take) {
     std::size_t begin = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         take(std::span<const std::int16_t>(samples).subspan(begin, kBlock));
         begin = begin + 2 * kBlock <= samples.size() ? begin + kBlock : 0;
     }
@@ -103,7 +103,7 @@ void BitClock(benchmark::State& state) {
     std::uint32_t ones = 0;
     clock.SetCallback([](void* count, std::uint32_t bit) { *static_cast<std::uint32_t*>(count) += bit; },
                       &ones);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         clock.Process(samples.data(), kBlock);
         benchmark::DoNotOptimize(ones);
     }
