@@ -2,9 +2,9 @@
 
 #include "dsp/TFIR_F32.h"
 #include "dsp/TFIR_F32_2CH.h"
-#include "tests/dsp/AllocationProbe.h"
 #include "tests/dsp/FilterReference.h"
 #include "tests/dsp/ForcedDispatch.h"
+#include "tests/support/AllocationProbe.h"
 
 #include <cmath>
 #include <cstring>

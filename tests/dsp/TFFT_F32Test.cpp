@@ -2,9 +2,9 @@
 
 #include "dsp/FftTables.h"
 #include "dsp/LastError.h"
-#include "tests/dsp/AllocationProbe.h"
 #include "tests/dsp/FilterReference.h"
 #include "tests/dsp/ForcedDispatch.h"
+#include "tests/support/AllocationProbe.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,8 +2,8 @@
 
 #include "dsp/TFIRBase.h"
 
-#include "tests/dsp/AllocationProbe.h"
 #include "tests/dsp/FilterInspectors.h"
+#include "tests/support/AllocationProbe.h"
 
 #include <cmath>
 #include <limits>

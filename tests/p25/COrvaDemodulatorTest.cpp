@@ -1,7 +1,7 @@
 #include "p25/COrvaDemodulator.h"
 
-#include "tests/dsp/AllocationProbe.h"
 #include "tests/p25/COrvaDemodulatorInspector.h"
+#include "tests/support/AllocationProbe.h"
 #include "tests/support/C4fmModulator.h"
 #include "tests/support/RandomSource.h"
 

@@ -1,7 +1,7 @@
 #include "p25/COrvaFrameDecoder.h"
-#include "tests/dsp/AllocationProbe.h"
 #include "tests/p25/COrvaFrameDecoderInspector.h"
 #include "tests/p25/DecodedStream.h"
+#include "tests/support/AllocationProbe.h"
 #include "tests/support/FrameBuilder.h"
 
 #include <cstring>

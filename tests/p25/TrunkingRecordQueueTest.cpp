@@ -1,7 +1,7 @@
 // The records on their way to the host: queue, message, retuning.
 #include "p25/COrvaFrameDecoder.h"
-#include "tests/dsp/AllocationProbe.h"
 #include "tests/p25/ControlChannelStream.h"
+#include "tests/support/AllocationProbe.h"
 #include "tests/support/TrunkingMessage.h"
 
 #include <cstring>

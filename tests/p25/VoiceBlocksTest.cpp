@@ -1,8 +1,8 @@
 // The blocks that speech leaves the frame decoder in.
 #include "p25/COrvaFrameDecoder.h"
-#include "tests/dsp/AllocationProbe.h"
 #include "tests/p25/COrvaFrameDecoderInspector.h"
 #include "tests/p25/DecodedStream.h"
+#include "tests/support/AllocationProbe.h"
 #include "tests/support/FrameBuilder.h"
 #include "tests/support/SpeechSource.h"
 

@@ -1,10 +1,10 @@
 // Whole transmissions as dibit text: every field, voice bit and record, with the heaviest errors, in any
 // slices.
 #include "p25/COrvaFrameDecoder.h"
-#include "tests/dsp/AllocationProbe.h"
 #include "tests/p25/COrvaFrameDecoderInspector.h"
 #include "tests/p25/DecodedStream.h"
 #include "tests/p25/ExpectedEvents.h"
+#include "tests/support/AllocationProbe.h"
 #include "tests/support/RandomSource.h"
 #include "tests/support/SpeechSource.h"
 #include "tests/support/Transmission.h"

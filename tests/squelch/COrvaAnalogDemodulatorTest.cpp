@@ -1,7 +1,7 @@
 #include "p25/COrvaAnalogDemodulator.h"
 
-#include "tests/dsp/AllocationProbe.h"
 #include "tests/squelch/SanitizedBuild.h"
+#include "tests/support/AllocationProbe.h"
 #include "tests/support/FmModulator.h"
 #include "tests/support/RandomSource.h"
 #include "tests/support/ToneSource.h"

@@ -2,7 +2,7 @@
 #include "squelch/CtbToneDetector.h"
 #include "squelch/CtbVoiceDetector.h"
 #include "squelch/DcBlock.h"
-#include "tests/dsp/AllocationProbe.h"
+#include "tests/support/AllocationProbe.h"
 
 #include <vector>
 

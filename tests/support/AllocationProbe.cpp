@@ -1,4 +1,4 @@
-#include "tests/dsp/AllocationProbe.h"
+#include "tests/support/AllocationProbe.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 #include "toolkit/TmyBuffer.h"
 
-#include "tests/dsp/AllocationProbe.h"
+#include "tests/support/AllocationProbe.h"
 
 #include <cstring>
 #include <string>

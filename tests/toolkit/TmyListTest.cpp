@@ -1,6 +1,6 @@
 #include "toolkit/TmyList.h"
 
-#include "tests/dsp/AllocationProbe.h"
+#include "tests/support/AllocationProbe.h"
 #include "tests/support/RandomSource.h"
 #include "toolkit/TmyTypeList.h"
 

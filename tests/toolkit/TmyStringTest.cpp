@@ -1,6 +1,6 @@
 #include "toolkit/TmyString.h"
 
-#include "tests/dsp/AllocationProbe.h"
+#include "tests/support/AllocationProbe.h"
 #include "tests/support/RandomSource.h"
 
 #include <cstring>

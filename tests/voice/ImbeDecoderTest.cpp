@@ -1,6 +1,6 @@
 #include "voice/ImbeDecoder.h"
 
-#include "tests/voice/AllocationCounter.h"
+#include "tests/support/AllocationProbe.h"
 #include "tests/voice/VoiceFrames.h"
 #include "voice/BitAllocation.h"
 #include "voice/SpeechSynthesis.h"
@@ -386,13 +386,13 @@ TEST(ImbeDecoder, DecodingAllocatesNothing) {
     for (int frame = 0; frame < 400; ++frame) {
         blocks.push_back(stream.Next());
     }
-    const long before = test::AllocationCount();
+    const std::uint64_t before = orva::test::CountAllocations();
     for (ImbeFrameBlock& block : blocks) {
         ImbeDecodeCodeWords(block, state);
         ImbeSynthesizeFrame(block, state);
     }
-    EXPECT_EQ(test::AllocationCount() - before, 0);
-    EXPECT_GT(before, 0) << "the counter counts";
+    EXPECT_EQ(orva::test::CountAllocations(), before);
+    EXPECT_GT(before, 0U) << "the counter counts";
 }
 
 } // namespace
