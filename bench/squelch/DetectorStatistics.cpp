@@ -1,15 +1,19 @@
 /// Counts what the squelch detectors make of signals that hold nothing for them, and times nothing:
 /// squelch_statistics [MINUTES], 10 unless given, prints one line per signal.
+#include "dsp/TFIR_F32.h"
+#include "squelch/CtbDcsDetector.h"
 #include "tests/squelch/ScannerChain.h"
 #include "tests/support/FmModulator.h"
 #include "tests/support/RandomSource.h"
-#include "tests/support/ToneSource.h"
 #include "tests/support/VoiceLikeNoise.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
@@ -20,14 +24,13 @@ using orva::test::FmModulator;
 using orva::test::kScannerBlock;
 using orva::test::RandomSource;
 using orva::test::ScannerChain;
-using orva::test::ToneSource;
 using orva::test::VoiceLikeNoise;
 
 constexpr std::array<std::uint32_t, 2> kRates = {48000, 64000};
 constexpr std::size_t kVoiceResults = 4;
 
-/// The next block of FM audio or of signal.
-using Source = std::function<std::vector<std::int16_t>()>;
+/// Audio samples of a block, -1.0 .. 1.0.
+using Source = std::function<void(std::span<double>)>;
 
 struct Counts {
     std::size_t blocks = 0;
@@ -75,7 +78,7 @@ void Print(const char* name, std::uint32_t rate, const Counts& counts) {
 }
 
 void Measure(const char* name, std::uint32_t rate, double minutes, FmModulator& modulator,
-             const std::function<double()>& audio) {
+             const Source& audio) {
     ScannerChain chain(rate);
     const auto blocks = static_cast<std::size_t>(minutes * 60.0 * rate / static_cast<double>(kScannerBlock));
     std::vector<double> block(kScannerBlock);
@@ -84,11 +87,74 @@ void Measure(const char* name, std::uint32_t rate, double minutes, FmModulator& 
                   into.TakeSignal(modulator.WithoutCarrier(kScannerBlock));
                   return;
               }
-              for (double& sample : block) {
-                  sample = audio();
-              }
+              audio(block);
               into.TakeSignal(modulator.Modulate(block));
           }));
+}
+
+/// Samples of one of the sources of the test transmitter.
+template <class Generator>
+Source Of(Generator next) {
+    return [next](std::span<double> block) mutable {
+        std::generate(block.begin(), block.end(), std::ref(next));
+    };
+}
+
+/// A voice with nothing below 300 Hz: without those harmonics, and without what the edges of its stretches
+/// have there.
+Source HighVoice(std::uint32_t rate, double pitch) {
+    constexpr std::uint32_t kTaps = 4096;
+    constexpr double kEdgeHz = 400.0; // the stop band begins below 300 Hz
+    auto highPass = std::make_shared<orva::dsp::TFIR_F32>();
+    highPass->SetSampleRate(rate);
+    highPass->SetLength(kTaps);
+    highPass->SetFilterType(orva::dsp::kFilterHighPass);
+    highPass->SetLowCut(kEdgeHz);
+    VoiceLikeNoise voice({.sampleRate = static_cast<int>(rate), .pitch = pitch});
+    return [highPass, voice](std::span<double> block) mutable {
+        std::vector<float> samples(block.size());
+        std::generate(samples.begin(), samples.end(), [&] { return static_cast<float>(voice.Next()); });
+        highPass->Filter(samples.data(), samples.data(), static_cast<std::int32_t>(samples.size()));
+        std::copy(samples.begin(), samples.end(), block.begin());
+    };
+}
+
+Source DeepVoice(std::uint32_t rate, double pitch) {
+    return Of([voice = VoiceLikeNoise({.sampleRate = static_cast<int>(rate),
+                                       .pitch = pitch,
+                                       .lowestFrequency = 0.0})]() mutable { return voice.Next(); });
+}
+
+/// What random bits would give: of 2^23 words, 112 in 23 rotations match. A match lasts as long as the bits
+/// repeat those 23 earlier, two bits on average, and so comes up half as often as there are matching bits.
+void PrintChance(std::uint32_t rate) {
+    constexpr double kBitsPerSecond = 134.4;
+    constexpr double kWordBits = 23.0;
+    constexpr double kMeanRun = 2.0;
+    const double matching =
+        static_cast<double>(orva::squelch::kDcsCodeCount) * kWordBits / std::exp2(kWordBits);
+    const double runs = 60.0 * kBitsPerSecond * matching / kMeanRun;
+    const double bitsPerBlock = kBitsPerSecond * static_cast<double>(kScannerBlock) / rate;
+    const double blocks = runs * (1.0 + (kMeanRun - 1.0) / bitsPerBlock);
+    std::printf("%u Hz: by chance %.2f blocks a minute have a code, %.2f codes\n", rate, blocks,
+                2.0 * blocks);
+}
+
+void MeasureAt(std::uint32_t rate, double snrDb, double minutes) {
+    const int hertz = static_cast<int>(rate);
+    const std::string level = " at " + std::to_string(static_cast<int>(snrDb)) + " dB";
+    FmModulator carrier({.sampleRate = hertz, .snrDb = snrDb});
+    Measure(("carrier" + level).c_str(), rate, minutes, carrier, Of([] { return 0.0; }));
+    FmModulator noise({.sampleRate = hertz, .deviation = 1000.0, .snrDb = snrDb});
+    Measure(("white noise" + level).c_str(), rate, minutes, noise,
+            Of([random = RandomSource(7)]() mutable { return random.Gaussian(); }));
+    for (const double pitch : {85.0, 120.0, 210.0}) {
+        const std::string name = "voice of " + std::to_string(static_cast<int>(pitch)) + " Hz";
+        FmModulator high({.sampleRate = hertz, .snrDb = snrDb});
+        Measure((name + " above 300" + level).c_str(), rate, minutes, high, HighVoice(rate, pitch));
+        FmModulator deep({.sampleRate = hertz, .snrDb = snrDb});
+        Measure((name + ", whole" + level).c_str(), rate, minutes, deep, DeepVoice(rate, pitch));
+    }
 }
 
 } // namespace
@@ -97,25 +163,11 @@ int main(int argumentCount, char** arguments) {
     constexpr double kDefaultMinutes = 10.0;
     const double minutes = argumentCount > 1 ? std::atof(arguments[1]) : kDefaultMinutes;
     for (const std::uint32_t rate : kRates) {
-        const int hertz = static_cast<int>(rate);
-        FmModulator empty({.sampleRate = hertz, .snrDb = 0.0});
+        PrintChance(rate);
+        FmModulator empty({.sampleRate = static_cast<int>(rate), .snrDb = 0.0});
         Measure("channel noise", rate, minutes, empty, {});
         for (const double snrDb : {10.0, 25.0}) {
-            const std::string level = " at " + std::to_string(static_cast<int>(snrDb)) + " dB";
-            FmModulator carrier({.sampleRate = hertz, .snrDb = snrDb});
-            Measure(("carrier" + level).c_str(), rate, minutes, carrier, [] { return 0.0; });
-            RandomSource random(7);
-            FmModulator noise({.sampleRate = hertz, .deviation = 1000.0, .snrDb = snrDb});
-            Measure(("white noise" + level).c_str(), rate, minutes, noise, [&] { return random.Gaussian(); });
-            for (const double lowest : {300.0, 0.0}) {
-                for (const double pitch : {85.0, 120.0, 210.0}) {
-                    FmModulator talk({.sampleRate = hertz, .snrDb = snrDb});
-                    VoiceLikeNoise voice({.sampleRate = hertz, .pitch = pitch, .lowestFrequency = lowest});
-                    const std::string name = "voice of " + std::to_string(static_cast<int>(pitch)) +
-                                             " Hz from " + std::to_string(static_cast<int>(lowest)) + level;
-                    Measure(name.c_str(), rate, minutes, talk, [&] { return voice.Next(); });
-                }
-            }
+            MeasureAt(rate, snrDb, minutes);
         }
     }
 }

@@ -310,8 +310,8 @@ TEST(CtbDcsDetector, NothingToDoWithoutSamples) {
 }
 
 TEST(CtbDcsDetector, NoiseMatchesAsOftenAsChanceGives) {
-    // 112 words in 23 rotations among 2^23: one bit in 3256, 2.5 a minute. Neighbouring bits are independent
-    // enough for the spread of a count.
+    // 112 words in 23 rotations among 2^23: one bit in 3256, 2.5 a minute. A match goes on when the next bit
+    // repeats the one 23 earlier, half the time, so that matching bits come in runs of two on average.
     constexpr int kBits = test::kSanitizedBuild ? 20000 : 1000000;
     constexpr double kChance = static_cast<double>(kDcsCodeCount) * kWordBits / (1 << kWordBits);
     test::RandomSource random(11);
