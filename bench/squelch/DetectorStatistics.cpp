@@ -1,5 +1,6 @@
 /// Counts what the squelch detectors make of signals that hold nothing for them, and times nothing:
-/// squelch_statistics [MINUTES], 10 unless given, prints one line per signal.
+/// squelch_statistics [MINUTES [NAME]], 10 minutes unless given, prints one line per signal, or per signal
+/// with NAME in its name.
 #include "dsp/TFIR_F32.h"
 #include "squelch/CtbDcsDetector.h"
 #include "tests/squelch/ScannerChain.h"
@@ -77,12 +78,22 @@ void Print(const char* name, std::uint32_t rate, const Counts& counts) {
     std::fflush(stdout);
 }
 
-void Measure(const char* name, std::uint32_t rate, double minutes, FmModulator& modulator,
+/// What to measure.
+struct Task {
+    double minutes = 10.0; ///< of each signal
+    std::string name;      ///< part of the names of the signals wanted
+};
+
+void Measure(const std::string& name, std::uint32_t rate, const Task& task, FmModulator& modulator,
              const Source& audio) {
+    if (name.find(task.name) == std::string::npos) {
+        return;
+    }
     ScannerChain chain(rate);
-    const auto blocks = static_cast<std::size_t>(minutes * 60.0 * rate / static_cast<double>(kScannerBlock));
+    const auto blocks =
+        static_cast<std::size_t>(task.minutes * 60.0 * rate / static_cast<double>(kScannerBlock));
     std::vector<double> block(kScannerBlock);
-    Print(name, rate, Count(chain, blocks, [&](ScannerChain& into) {
+    Print(name.c_str(), rate, Count(chain, blocks, [&](ScannerChain& into) {
               if (!audio) {
                   into.TakeSignal(modulator.WithoutCarrier(kScannerBlock));
                   return;
@@ -140,34 +151,39 @@ void PrintChance(std::uint32_t rate) {
                 2.0 * blocks);
 }
 
-void MeasureAt(std::uint32_t rate, double snrDb, double minutes) {
+void MeasureAt(std::uint32_t rate, double snrDb, const Task& task) {
     const int hertz = static_cast<int>(rate);
     const std::string level = " at " + std::to_string(static_cast<int>(snrDb)) + " dB";
     FmModulator carrier({.sampleRate = hertz, .snrDb = snrDb});
-    Measure(("carrier" + level).c_str(), rate, minutes, carrier, Of([] { return 0.0; }));
+    Measure("carrier" + level, rate, task, carrier, Of([] { return 0.0; }));
     FmModulator noise({.sampleRate = hertz, .deviation = 1000.0, .snrDb = snrDb});
-    Measure(("white noise" + level).c_str(), rate, minutes, noise,
+    Measure("white noise" + level, rate, task, noise,
             Of([random = RandomSource(7)]() mutable { return random.Gaussian(); }));
     for (const double pitch : {85.0, 120.0, 210.0}) {
         const std::string name = "voice of " + std::to_string(static_cast<int>(pitch)) + " Hz";
         FmModulator high({.sampleRate = hertz, .snrDb = snrDb});
-        Measure((name + " above 300" + level).c_str(), rate, minutes, high, HighVoice(rate, pitch));
+        Measure(name + " above 300" + level, rate, task, high, HighVoice(rate, pitch));
         FmModulator deep({.sampleRate = hertz, .snrDb = snrDb});
-        Measure((name + ", whole" + level).c_str(), rate, minutes, deep, DeepVoice(rate, pitch));
+        Measure(name + ", whole" + level, rate, task, deep, DeepVoice(rate, pitch));
     }
 }
 
 } // namespace
 
 int main(int argumentCount, char** arguments) {
-    constexpr double kDefaultMinutes = 10.0;
-    const double minutes = argumentCount > 1 ? std::atof(arguments[1]) : kDefaultMinutes;
+    Task task;
+    if (argumentCount > 1) {
+        task.minutes = std::atof(arguments[1]);
+    }
+    if (argumentCount > 2) {
+        task.name = arguments[2];
+    }
     for (const std::uint32_t rate : kRates) {
         PrintChance(rate);
         FmModulator empty({.sampleRate = static_cast<int>(rate), .snrDb = 0.0});
-        Measure("channel noise", rate, minutes, empty, {});
+        Measure("channel noise", rate, task, empty, {});
         for (const double snrDb : {10.0, 25.0}) {
-            MeasureAt(rate, snrDb, minutes);
+            MeasureAt(rate, snrDb, task);
         }
     }
 }

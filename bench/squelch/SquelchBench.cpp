@@ -7,6 +7,8 @@
 #include "squelch/CtbResampler.h"
 #include "squelch/CtbToneDetector.h"
 #include "squelch/CtbVoiceDetector.h"
+#include "squelch/DcBlock.h"
+#include "squelch/NoiseMeasure.h"
 #include "tests/squelch/ScannerChain.h"
 #include "tests/support/DcsEncoder.h"
 #include "tests/support/FmModulator.h"
@@ -140,6 +142,33 @@ void VoiceDetector(benchmark::State& state) {
     });
 }
 
+void DcBlocker(benchmark::State& state) {
+    const Samples audio = Audio(Rate(state));
+    orva::squelch::DcBlockState blocker;
+    Samples block(kBlock);
+    RunBlocks(state, audio, Rate(state), [&](std::span<const std::int16_t> samples) {
+        std::copy(samples.begin(), samples.end(), block.begin());
+        orva::squelch::DcBlock(blocker, block.data(), kBlock, Rate(state));
+        benchmark::DoNotOptimize(block.data());
+    });
+}
+
+/// With its high-pass.
+void NoiseMeter(benchmark::State& state) {
+    const Samples audio = Audio(Rate(state));
+    orva::dsp::TFIR_F32 highPass;
+    highPass.SetSampleRate(Rate(state));
+    highPass.SetLength(orva::squelch::kNoiseHighPassTaps);
+    highPass.SetFilterType(orva::dsp::kFilterHighPass);
+    highPass.SetLowCut(orva::squelch::kNoiseHighPassHz);
+    Samples scratch(kBlock);
+    float level = 0.0F;
+    RunBlocks(state, audio, Rate(state), [&](std::span<const std::int16_t> block) {
+        benchmark::DoNotOptimize(
+            orva::squelch::MeasureNoise(highPass, scratch.data(), level, true, block.data(), kBlock));
+    });
+}
+
 void FmDemodulator(benchmark::State& state) {
     const Samples signal = Signal(Rate(state));
     orva::test::FmReceiver receiver(Rate(state));
@@ -167,5 +196,7 @@ BENCHMARK(BitClock);
 BENCHMARK(ToneDetector)->Arg(48000)->Arg(64000);
 BENCHMARK(DcsDetector)->Arg(48000)->Arg(64000);
 BENCHMARK(VoiceDetector)->Arg(48000)->Arg(64000);
+BENCHMARK(DcBlocker)->Arg(48000)->Arg(64000);
+BENCHMARK(NoiseMeter)->Arg(48000)->Arg(64000);
 BENCHMARK(FmDemodulator)->Arg(48000)->Arg(64000);
 BENCHMARK(FmChainWithAllDetectors)->Arg(48000)->Arg(64000);

@@ -13,6 +13,7 @@ namespace {
 constexpr double kSymbolRange = 0.4; ///< radians per sample, on either side
 constexpr double kThreshold = 0.165; ///< between the inner and outer symbols
 constexpr double kLowestDb = -120.0;
+constexpr double kHeadroom = 1.1; ///< above the highest value, so that it stays clear of the frame
 
 constexpr double kWidth = 960;
 constexpr double kHeight = 640;
@@ -86,7 +87,8 @@ std::string DrawSpectrum(const std::vector<double>& powerSums, std::uint64_t spe
 template <std::size_t Bins>
 std::string DrawSymbols(const std::array<std::uint64_t, Bins>& counts) {
     const auto highest = static_cast<double>(*std::max_element(counts.begin(), counts.end()));
-    SvgPanel panel({560, kTop, 370, kPanelHeight}, {-kSymbolRange, kSymbolRange, 0, std::max(1.0, highest)});
+    SvgPanel panel({560, kTop, 370, kPanelHeight},
+                   {-kSymbolRange, kSymbolRange, 0, kHeadroom * std::max(1.0, highest)});
     panel.Title("Discriminator at the symbol instants, rad/sample");
     panel.HorizontalTicks(0.2, "");
     for (const double threshold : {-kThreshold, 0.0, kThreshold}) {
@@ -108,6 +110,7 @@ std::string DrawTimeline(const Timeline& timeline, double seconds) {
             highest = std::max(highest, slot.errorRateSum / slot.errorRateCount);
         }
     }
+    highest *= kHeadroom;
     const double end = std::max(seconds, timeline.SlotSeconds());
     constexpr double kErrorHeight = 110;
     constexpr double kRowsTop = kTop + kPanelHeight + 70 + kErrorHeight + 20;
