@@ -300,7 +300,7 @@ TEST(CtbToneDetector, FoldedHarmonicsOfVoicePassForATonePartOfTheTimeOnly) {
             std::cout << "[ measured ] voice of " << pitch << " Hz at " << rate
                       << " Hz, nothing below 300: " << tones << " of " << found.size()
                       << " blocks with a tone\n";
-            EXPECT_LE(tones, static_cast<std::ptrdiff_t>(found.size() / 100));
+            EXPECT_LE(tones, rate == 48000 ? 0 : static_cast<std::ptrdiff_t>(found.size() / 100));
         }
     }
 }
