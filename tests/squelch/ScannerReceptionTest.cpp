@@ -138,7 +138,7 @@ void ExpectChance(const CodeCount& count, int seconds, const std::string& what) 
 
 TEST_P(ScannerReception, CodesInNoiseAreNoMoreThanChanceGives) {
     const std::string where = " at " + std::to_string(Rate()) + " Hz";
-    constexpr int kSeconds = 3 * kLongSeconds;
+    constexpr int kSeconds = 2 * kLongSeconds;
     CodeCount empty;
     ReceiveNoise(kSeconds, std::ref(empty));
     ExpectChance(empty, kSeconds, "noise without a carrier" + where);
@@ -148,19 +148,15 @@ TEST_P(ScannerReception, CodesInNoiseAreNoMoreThanChanceGives) {
 }
 
 TEST_P(ScannerReception, CodesInVoiceAreNoMoreThanChanceGives) {
-    constexpr int kSeconds = kLongSeconds;
     for (const double pitch : {85.0, 120.0, 210.0}) {
-        for (const double lowest : {0.0, 300.0}) {
-            VoiceLikeNoise voice({.sampleRate = Rate(), .pitch = pitch, .lowestFrequency = lowest});
-            CodeCount count;
-            Receive(
-                FmModulator({.sampleRate = Rate(), .snrDb = 25.0}), kSeconds, [&] { return voice.Next(); },
-                std::ref(count));
-            ExpectChance(count, kSeconds,
-                         "voice of " + std::to_string(static_cast<int>(pitch)) + " Hz from " +
-                             std::to_string(static_cast<int>(lowest)) + " Hz at " + std::to_string(Rate()) +
-                             " Hz");
-        }
+        VoiceLikeNoise voice({.sampleRate = Rate(), .pitch = pitch, .lowestFrequency = 0.0});
+        CodeCount count;
+        Receive(
+            FmModulator({.sampleRate = Rate(), .snrDb = 25.0}), kLongSeconds, [&] { return voice.Next(); },
+            std::ref(count));
+        ExpectChance(count, kLongSeconds,
+                     "voice of " + std::to_string(static_cast<int>(pitch)) + " Hz at " +
+                         std::to_string(Rate()) + " Hz");
     }
 }
 
@@ -193,7 +189,7 @@ TEST_P(ScannerReception, SpeechIsSpeechMostOfTheTime) {
     for (const double pitch : {85.0, 120.0, 210.0}) {
         VoiceLikeNoise voice({.sampleRate = Rate(), .pitch = pitch});
         VoiceResults results(Rate());
-        constexpr int kSeconds = kSanitizedBuild ? 10 : kLongSeconds;
+        constexpr int kSeconds = kSanitizedBuild ? 10 : 30;
         Receive(
             FmModulator({.sampleRate = Rate(), .snrDb = 25.0}), kSeconds, [&] { return voice.Next(); },
             std::ref(results));
