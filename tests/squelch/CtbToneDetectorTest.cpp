@@ -12,7 +12,6 @@
 #include <cmath>
 #include <complex>
 #include <functional>
-#include <iostream>
 #include <numbers>
 #include <set>
 #include <vector>
@@ -263,49 +262,20 @@ Samples HighVoice(double pitch, int rate, int seconds) {
     return audio;
 }
 
-/// Takes out what the resampler folds down into the band of the tones.
-Samples WithoutFoldedBand(Samples audio, int rate) {
-    dsp::TFIR_F32 lowPass;
-    lowPass.SetSampleRate(rate);
-    lowPass.SetLength(1024);
-    lowPass.SetFilterType(dsp::kFilterLowPass);
-    lowPass.SetHighCut(950.0);
-    lowPass.FilterI16(audio.data(), audio.data(), static_cast<std::int32_t>(audio.size()));
-    return audio;
-}
-
 } // namespace
 
 TEST(CtbToneDetector, VoiceWithoutLowFrequenciesHasNoTone) {
     constexpr int kSeconds = test::kSanitizedBuild ? 2 : 30;
     for (const int rate : {48000, 64000}) {
         for (const double pitch : {85.0, 120.0, 210.0}) {
-            ExpectNothingIn(WithoutFoldedBand(HighVoice(pitch, rate, kSeconds), rate), rate, "voice");
-        }
-    }
-}
-
-TEST(CtbToneDetector, FoldedHarmonicsOfVoicePassForATonePartOfTheTimeOnly) {
-    // The resampler's filter is wide: 1137 to 1329 Hz fold onto the tones, 24 to 37 dB down at 48000 Hz, 16
-    // to 23 dB down at 64000 Hz. When nothing else is there, a harmonic that stays in place may be taken for
-    // a tone.
-    constexpr int kSeconds = test::kSanitizedBuild ? 2 : 30;
-    for (const int rate : {48000, 64000}) {
-        for (const double pitch : {85.0, 120.0, 210.0}) {
-            CtbToneDetector detector;
-            detector.SetSampleRate(static_cast<float>(rate));
-            const std::vector<std::int32_t> found = Feed(detector, HighVoice(pitch, rate, kSeconds));
-            const auto tones =
-                std::count_if(found.begin(), found.end(), [](int index) { return index >= 0; });
-            std::cout << "[ measured ] voice of " << pitch << " Hz at " << rate
-                      << " Hz, nothing below 300: " << tones << " of " << found.size()
-                      << " blocks with a tone\n";
-            EXPECT_LE(tones, rate == 48000 ? 0 : static_cast<std::ptrdiff_t>(found.size() / 100));
+            ExpectNothingIn(HighVoice(pitch, rate, kSeconds), rate, "voice");
         }
     }
 }
 
 TEST(CtbToneDetector, WhistleThatFoldsOntoATestedBinPassesForItsTone) {
+    // The resampler's filter is wide: 1137 to 1329 Hz fold onto the tones, 24 to 37 dB down at 48000 Hz, 16
+    // to 23 dB down at 64000 Hz. When nothing else is there, that is enough.
     for (const int rate : {48000, 64000}) {
         const double reduced = rate == 48000 ? 48000.0 * 2.0 / 69.0 : 64000.0 / 46.0;
         EXPECT_EQ(FoundIn(Tone(reduced - 100.0, rate, 1.0, 12000.0), rate), 14) << rate;

@@ -189,7 +189,7 @@ TEST_P(ScannerReception, SpeechIsSpeechMostOfTheTime) {
     for (const double pitch : {85.0, 120.0, 210.0}) {
         VoiceLikeNoise voice({.sampleRate = Rate(), .pitch = pitch});
         VoiceResults results(Rate());
-        constexpr int kSeconds = kSanitizedBuild ? 10 : 30;
+        constexpr int kSeconds = 30;
         Receive(
             FmModulator({.sampleRate = Rate(), .snrDb = 25.0}), kSeconds, [&] { return voice.Next(); },
             std::ref(results));
