@@ -2,10 +2,10 @@
 #pragma once
 
 #include "dsp/CtbSampleBlock.h"
+#include "dsp/Fifo.h"
 #include "p25/ChannelTable.h"
 #include "p25/CtbReedSolomon.h"
 #include "p25/CtbTrellisDecoder.h"
-#include "p25/Fifo.h"
 #include "p25/IFrameObserver.h"
 #include "p25/TrunkingBlock.h"
 #include "p25/TrunkingRecord.h"
@@ -189,8 +189,8 @@ private:
     std::unique_ptr<dsp::CtbSampleBlock> currentBlock;
     std::uint32_t blockFill = 0;
     std::uint32_t errorCode = 0; ///< last internal failure, 1..4, 0 none
-    Fifo<dsp::CtbSampleBlock*> readyBlocks;
-    Fifo<dsp::CtbSampleBlock*> freeBlocks;
+    dsp::Fifo<dsp::CtbSampleBlock*> readyBlocks;
+    dsp::Fifo<dsp::CtbSampleBlock*> freeBlocks;
     std::int32_t readyCount = 0;
     float bitErrorRate = 0;
     Transmission transmission = Transmission::None;
@@ -200,7 +200,7 @@ private:
     std::int32_t sourceId = -1;
     std::int32_t destinationId = -1;
     std::uint32_t idleCountdown = 0; ///< dibits left before a transmission that is no voice is dropped
-    Fifo<TrunkingRecord> records;
+    dsp::Fifo<TrunkingRecord> records;
 
     std::uint32_t symbols[kSymbols] = {}; ///< Reed-Solomon word in hand, shared by header, LDU1 and LDU2
     CtbReedSolomon rsEncryption;          ///< (24,16)

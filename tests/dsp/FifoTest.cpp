@@ -1,8 +1,8 @@
-#include "p25/Fifo.h"
+#include "dsp/Fifo.h"
 
 #include <gtest/gtest.h>
 
-namespace orva::p25 {
+namespace orva::dsp {
 namespace {
 
 TEST(Fifo, StartsEmpty) {
@@ -45,4 +45,4 @@ TEST(Fifo, ClearForgetsAll) {
 }
 
 } // namespace
-} // namespace orva::p25
+} // namespace orva::dsp

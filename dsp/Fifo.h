@@ -6,7 +6,7 @@
 #include <new>
 #include <type_traits>
 
-namespace orva::p25 {
+namespace orva::dsp {
 
 /// Ring buffer of `Value`s, which must be trivially copyable; pointers in it are not owned. Growing doubles
 /// the room and keeps the contents; a queue that has held n values once takes n again without allocating.
@@ -65,4 +65,4 @@ private:
     std::size_t count = 0;
 };
 
-} // namespace orva::p25
+} // namespace orva::dsp
