@@ -10,6 +10,7 @@ namespace {
 constexpr int kNever = -1;
 
 std::atomic<std::uint64_t> allocations{0};
+std::atomic<std::uint64_t> releases{0};
 std::atomic<int> successesLeft{kNever};
 std::atomic<bool> failsOn{false};
 std::atomic<bool> struck{false};
@@ -33,6 +34,13 @@ void* Take(std::size_t bytes) {
     return std::malloc(bytes == 0 ? 1 : bytes);
 }
 
+void Release(void* memory) {
+    if (memory != nullptr) {
+        ++releases;
+        std::free(memory);
+    }
+}
+
 void* TakeOrThrow(std::size_t bytes) {
     void* memory = Take(bytes);
     if (memory == nullptr) {
@@ -45,6 +53,10 @@ void* TakeOrThrow(std::size_t bytes) {
 
 std::uint64_t CountAllocations() {
     return allocations;
+}
+
+std::int64_t CountLiveAllocations() {
+    return static_cast<std::int64_t>(allocations - releases);
 }
 
 AllocationFailure::AllocationFailure(int successes, Reach reach) {
@@ -81,25 +93,25 @@ void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
 }
 
 void operator delete(void* memory) noexcept {
-    std::free(memory);
+    orva::test::Release(memory);
 }
 
 void operator delete[](void* memory) noexcept {
-    std::free(memory);
+    orva::test::Release(memory);
 }
 
 void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
+    orva::test::Release(memory);
 }
 
 void operator delete[](void* memory, std::size_t) noexcept {
-    std::free(memory);
+    orva::test::Release(memory);
 }
 
 void operator delete(void* memory, const std::nothrow_t&) noexcept {
-    std::free(memory);
+    orva::test::Release(memory);
 }
 
 void operator delete[](void* memory, const std::nothrow_t&) noexcept {
-    std::free(memory);
+    orva::test::Release(memory);
 }

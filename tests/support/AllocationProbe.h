@@ -1,4 +1,4 @@
-/// Counts what the program allocates, and makes chosen allocations fail. The test program's `operator new` is
+/// Counts what the program allocates and holds, and makes chosen allocations fail. The test program's `operator new` is
 /// replaced.
 #pragma once
 
@@ -8,6 +8,9 @@ namespace orva::test {
 
 /// Allocations of any kind since the program began.
 std::uint64_t CountAllocations();
+
+/// Allocations that have not been released yet.
+std::int64_t CountLiveAllocations();
 
 /// For its lifetime one non-throwing allocation fails, the one after `successes` others that succeed, or that
 /// one and all that follow.
