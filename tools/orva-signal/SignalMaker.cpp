@@ -2,6 +2,7 @@
 
 #include "tests/support/BusyControlChannel.h"
 #include "tests/support/C4fmPulse.h"
+#include "tools/orva-signal/FmSignal.h"
 #include "tools/orva-signal/VoiceChoice.h"
 
 #include <utility>
@@ -87,6 +88,9 @@ void AddCallWithFollowers(test::Transmission& transmission, const SignalOptions&
 } // namespace
 
 Signal MakeSignal(const SignalOptions& options, const test::VoiceSource& voice) {
+    if (options.fm.seconds > 0.0) {
+        return {MakeFmSignal(options), {}, {}};
+    }
     const double offset = options.modulator.carrierOffset;
     SignalMaker maker(options);
     maker.AddGap(options.leadIn);

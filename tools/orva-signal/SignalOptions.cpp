@@ -17,6 +17,13 @@ constexpr unsigned kGreatestAccessCode = 0xFFF;
 constexpr unsigned kGreatestAddress = 0xFFFFFF;
 constexpr unsigned kGreatestDataUnit = 15;
 
+/// What is wrong with the text of a digital code; empty if nothing is.
+std::string IsOctalCode(const std::string& text) {
+    const std::string digits = text.substr(text.rfind('-', 0) == 0 ? 1 : 0);
+    const bool octal = digits.size() == 3 && digits.find_first_not_of("01234567") == std::string::npos;
+    return octal ? std::string() : "a digital code has three octal digits: " + text;
+}
+
 std::vector<std::string> SpeechNames() {
     std::vector<std::string> names;
     for (const test::SpeechKind kind : test::kSpeechKinds) {
@@ -179,6 +186,43 @@ void DescribeControlChannel(CLI::App& app, SignalOptions& options) {
     }
 }
 
+void DescribeFm(CLI::App& app, SignalOptions& options) {
+    const std::string group = "FM";
+    FmOptions& fm = options.fm;
+    auto* length =
+        app.add_option("--fm", fm.seconds, "Transmit analogue FM of this length instead of calls [s]")
+            ->check(CLI::PositiveNumber)
+            ->group(group);
+    const std::map<std::string, FmAudio> kinds = {{"none", FmAudio::None},
+                                                  {"voice", FmAudio::Voice},
+                                                  {"noise", FmAudio::Noise},
+                                                  {"1kHz", FmAudio::Tone}};
+    app.add_option("--fm-audio", fm.audio,
+                   "What is heard: voice (voice-like, the default), noise, 1kHz or none")
+        ->transform(CLI::CheckedTransformer(kinds))
+        ->needs(length)
+        ->group(group);
+    app.add_option("--deviation", fm.deviation, "Peak deviation [Hz]")
+        ->check(CLI::Range(100.0, 6000.0))
+        ->capture_default_str()
+        ->needs(length)
+        ->group(group);
+    auto* tone = app.add_option("--ctcss", fm.tone, "Sub-audible tone [Hz]")
+                     ->check(CLI::Range(1.0, 300.0))
+                     ->needs(length)
+                     ->group(group);
+    app.add_option("--dcs", fm.codeText, "Digital code in octal, as 023; -023 in inverted polarity")
+        ->check(IsOctalCode, "CODE")
+        ->needs(length)
+        ->excludes(tone)
+        ->group(group);
+    for (const char* other :
+         {"--calls", "--superframes", "--seconds", "--no-header", "--ending", "--voice", "--voice-file",
+          "--packet-blocks", "--unknown", "--control", "--warm-up", "--dibits", "--truth"}) {
+        length->excludes(app.get_option(other));
+    }
+}
+
 } // namespace
 
 void DescribeOptions(CLI::App& app, SignalOptions& options) {
@@ -187,11 +231,16 @@ void DescribeOptions(CLI::App& app, SignalOptions& options) {
     DescribeVoice(app, options);
     DescribeControlChannel(app, options);
     DescribeChannel(app, options);
+    DescribeFm(app, options);
 }
 
 std::string CompleteOptions(SignalOptions& options) {
     if (options.output.empty() && options.dibits.empty() && options.truth.empty()) {
         return "nothing to write: name a file with --output, --dibits or --truth, or see --help";
+    }
+    if (!options.fm.codeText.empty()) {
+        constexpr int kOctal = 8;
+        options.fm.code = std::stoi(options.fm.codeText, nullptr, kOctal);
     }
     if (options.seconds > 0.0) {
         options.call.superframes = static_cast<int>(std::ceil(options.seconds / kSuperframeSeconds - 1e-9));

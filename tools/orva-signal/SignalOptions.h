@@ -11,6 +11,19 @@
 
 namespace orva::tools {
 
+/// What an FM signal carries beside its tone or code.
+enum class FmAudio { None, Voice, Noise, Tone };
+
+/// Analogue FM in place of the calls.
+struct FmOptions {
+    double seconds = 0.0;      ///< length of the carrier; 0: calls
+    double deviation = 3000.0; ///< peak [Hz]
+    FmAudio audio = FmAudio::Voice;
+    std::optional<double> tone = {}; ///< CTCSS [Hz]
+    std::optional<int> code = {};    ///< DCS as a plain number; negative is the inverted polarity
+    std::string codeText;            ///< the code as it was asked for: octal digits
+};
+
 /// What the user of orva-signal asks for.
 struct SignalOptions {
     std::string output; ///< recording to write; empty: none
@@ -31,6 +44,8 @@ struct SignalOptions {
     bool silentGaps = false;
 
     double controlSeconds = 0.0; ///< least length of a control channel in place of the calls; 0: calls
+
+    FmOptions fm;
 
     bool warmUp = false;
     int warmUpSuperframes = 2;
