@@ -22,9 +22,9 @@ std::string Quoted(const std::string& text) {
     return '"' + text + '"';
 }
 
-/// The program's path as the command interpreter wants it.
-std::string ProgramPath() {
-    return std::filesystem::absolute(ORVA_DECODE_PROGRAM).make_preferred().string();
+/// A program's path as the command interpreter wants it.
+std::string NativePath(const std::string& program) {
+    return std::filesystem::absolute(program).make_preferred().string();
 }
 
 int Execute(const std::string& command) {
@@ -51,11 +51,11 @@ std::vector<std::string> ProgramResult::ErrorLines() const {
     return lines;
 }
 
-ProgramResult RunOrvaDecode(const TemporaryFolder& folder, const std::vector<std::string>& arguments,
-                            const std::string& standardInput) {
+ProgramResult RunProgram(const std::string& program, const TemporaryFolder& folder,
+                         const std::vector<std::string>& arguments, const std::string& standardInput) {
     const std::string output = folder.Path("standard-output.txt");
     const std::string errors = folder.Path("standard-error.txt");
-    std::string command = Quoted(ProgramPath());
+    std::string command = Quoted(NativePath(program));
     for (const std::string& argument : arguments) {
         command += ' ' + Quoted(argument);
     }
@@ -67,5 +67,12 @@ ProgramResult RunOrvaDecode(const TemporaryFolder& folder, const std::vector<std
     result.errors = ReadWholeFile(errors);
     return result;
 }
+
+#ifdef ORVA_DECODE_PROGRAM
+ProgramResult RunOrvaDecode(const TemporaryFolder& folder, const std::vector<std::string>& arguments,
+                            const std::string& standardInput) {
+    return RunProgram(ORVA_DECODE_PROGRAM, folder, arguments, standardInput);
+}
+#endif
 
 } // namespace orva::test

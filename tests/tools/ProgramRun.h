@@ -1,4 +1,4 @@
-/// Runs of the command-line decoder as a user starts it.
+/// Runs of command-line programs as a user starts them.
 #pragma once
 
 #include "tests/support/TemporaryFolder.h"
@@ -18,8 +18,12 @@ struct ProgramResult {
     std::vector<std::string> ErrorLines() const;
 };
 
-/// Runs orva-decode with `arguments` and the file `standardInput`, nothing when empty, and waits for its end.
+/// Runs `program` with `arguments` and the file `standardInput`, nothing when empty, and waits for its end.
 /// What it says passes through files in `folder`.
+ProgramResult RunProgram(const std::string& program, const TemporaryFolder& folder,
+                         const std::vector<std::string>& arguments, const std::string& standardInput = {});
+
+/// The same with orva-decode.
 ProgramResult RunOrvaDecode(const TemporaryFolder& folder, const std::vector<std::string>& arguments,
                             const std::string& standardInput = {});
 

@@ -1,0 +1,157 @@
+/// Whole runs of the bench host with a small plug-in that answers every code.
+#include "tests/support/TemporaryFolder.h"
+#include "tests/tools/ProgramRun.h"
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace orva::test {
+
+namespace {
+
+using Json = nlohmann::json;
+
+struct HostRun {
+    ProgramResult program;
+    std::vector<Json> lines;
+
+    /// Codes from one side, in order, as "code param".
+    std::vector<std::string> Codes(const std::string& from) const {
+        std::vector<std::string> codes;
+        for (const Json& line : lines) {
+            if (line.value("from", "") == from) {
+                codes.push_back(line["code"].dump() + ' ' + line["param"].dump());
+            }
+        }
+        return codes;
+    }
+
+    /// The first line in which `key` is `value`.
+    Json Find(const std::string& key, const Json& value) const {
+        for (const Json& line : lines) {
+            if (line.value(key, Json()) == value) {
+                return line;
+            }
+        }
+        return {};
+    }
+
+    std::size_t Count(const std::string& key, const Json& value) const {
+        std::size_t count = 0;
+        for (const Json& line : lines) {
+            count += line.value(key, Json()) == value ? 1 : 0;
+        }
+        return count;
+    }
+};
+
+class HostProgramTest : public testing::Test {
+protected:
+    HostRun Run(const std::string& script, std::vector<std::string> more = {}) {
+        more.insert(more.begin(), {ORVA_ECHO_PLUGIN, "--hidden"});
+        HostRun run;
+        run.program = RunProgram(ORVA_HOST_PROGRAM, folder, more, folder.Write("script.txt", script));
+        std::istringstream text(run.program.output);
+        for (std::string line; std::getline(text, line);) {
+            run.lines.push_back(Json::parse(line));
+        }
+        return run;
+    }
+
+    TemporaryFolder folder;
+};
+
+using Codes = std::vector<std::string>;
+
+TEST_F(HostProgramTest, RunsAPluginFromStartToEnd) {
+    const HostRun run = Run("3584 12\nclose\n", {"--device", "K7USB", "--serial", "12345678"});
+    EXPECT_EQ(run.program.exitCode, 0) << run.program.errors;
+    ASSERT_GE(run.lines.size(), 8U);
+    EXPECT_EQ(run.lines.front()["event"], "loaded");
+    EXPECT_EQ(run.lines.front()["interface"], 1153);
+    EXPECT_EQ(run.Find("code", 16390)["data"]["serialNumber"], "12345678");
+    EXPECT_EQ(run.Codes("host"), (Codes{"3584 12", "16384 0"}));
+    EXPECT_EQ(run.Codes("plugin"),
+              (Codes{"16390 0", "16386 2048", "16386 3840", "16386 2818", "16386 256", "16386 16385",
+                     "4352 2147483648", "4352 12", "16390 0", "16384 0"}));
+    EXPECT_EQ(run.Find("event", "unloaded")["event"], "unloaded");
+}
+
+TEST_F(HostProgramTest, CarriesEveryCodeBothWays) {
+    const HostRun run =
+        Run("0\n256 1\n2048 155000000\n2304 19\n2817 4 1 2 3 0 0 5 -23\n2818 1\n3584 31\n3585 1\n"
+            "3840 1\n2304 0 2 19\n");
+    EXPECT_EQ(run.program.exitCode, 0);
+    EXPECT_EQ(run.Codes("host"), (Codes{"0 0", "256 1", "2048 155000000", "2304 19", "2817 4", "2818 1",
+                                        "3584 31", "3585 1", "3840 1", "2304 0", "16384 0"}))
+        << "and closed at the end of the script";
+    const Codes codes = run.Codes("plugin");
+    EXPECT_EQ(Codes(codes.begin() + 7, codes.end()),
+              (Codes{"16385 1", "16390 0", "4365 0", "2304 19", "2818 4", "2816 1", "4352 31", "4353 1",
+                     "4362 3", "2304 0", "16390 0", "16384 0"}));
+    EXPECT_EQ(run.Find("name", "SquelchResult")["data"]["dcs"], -23);
+    EXPECT_EQ(run.Find("name", "TrunkingReport")["data"]["records"][0]["frequency"], 155000000);
+    EXPECT_EQ(run.Find("name", "AudioOffer")["data"]["peak"], 400);
+}
+
+TEST_F(HostProgramTest, AnswersQueriesAsTold) {
+    const HostRun run = Run("", {"--answer", "2048=155000000", "--answer", "16385=77"});
+    EXPECT_EQ(run.program.exitCode, 0);
+    EXPECT_EQ(run.Find("param", 2048)["answer"], 155000000);
+    EXPECT_EQ(run.Find("param", 3840)["answer"], 0x80000000U);
+    EXPECT_EQ(run.Codes("plugin")[6], "4352 77") << "the plug-in tells the last answer as its volume";
+    EXPECT_EQ(Run("", {"--refuse"}).Count("answer", 0x80000000U), 9U);
+}
+
+TEST_F(HostProgramTest, RunsSeveralInstancesAndSpeaksToOne) {
+    const HostRun run = Run("@5 3584 7\n0\n@4 close\n3585 1\n", {"--handle", "4", "--instances", "3"});
+    EXPECT_EQ(run.program.exitCode, 0);
+    EXPECT_EQ(run.Count("name", "Closing"), 3U);
+    EXPECT_EQ(run.Find("param", 7)["handle"], 5);
+    EXPECT_EQ(run.Count("code", 4353), 2U) << "the closed one hears nothing more";
+    EXPECT_EQ(run.Count("code", 16385), 3U);
+}
+
+TEST_F(HostProgramTest, SendsFromInsideTheCallback) {
+    for (const char* code : {"16390", "16386", "4352"}) {
+        const HostRun run = Run("wait 0.2\n", {"--on", std::string(code) + "=close"});
+        EXPECT_EQ(run.program.exitCode, 0) << code;
+        EXPECT_EQ(run.Count("name", "Closing"), 1U) << code;
+        EXPECT_EQ(run.Count("event", "unloaded"), 1U) << code;
+    }
+}
+
+TEST_F(HostProgramTest, RunsForTheTimeGiven) {
+    const HostRun run = Run("", {"--seconds", "0.7"});
+    EXPECT_EQ(run.program.exitCode, 0);
+    EXPECT_GE(run.Find("name", "Close")["seconds"].get<double>(), 0.7);
+    const HostRun waiting = Run("wait 0.5\n3584 1\n");
+    EXPECT_GE(waiting.Find("name", "Volume")["seconds"].get<double>(), 0.5);
+}
+
+TEST_F(HostProgramTest, StartsAndClosesAgainAndAgain) {
+    const HostRun run = Run("", {"--cycles", "20"});
+    EXPECT_EQ(run.program.exitCode, 0);
+    EXPECT_EQ(run.Count("event", "unloaded"), 20U);
+    EXPECT_EQ(run.Count("name", "Closing"), 20U);
+}
+
+TEST_F(HostProgramTest, FailsOnABadCommandAndAMissingPlugin) {
+    const HostRun run = Run("jump\n3584 1\n");
+    EXPECT_EQ(run.program.exitCode, 1);
+    EXPECT_EQ(run.Count("event", "bad command"), 1U);
+    EXPECT_EQ(run.Count("name", "Volume"), 1U) << "and goes on";
+    const ProgramResult missing = RunProgram(ORVA_HOST_PROGRAM, folder, {"no-such.zem"});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_EQ(missing.ErrorLines().size(), 1U);
+    const ProgramResult foreign = RunProgram(ORVA_HOST_PROGRAM, folder, {"kernel32.dll"});
+    EXPECT_EQ(foreign.exitCode, 1);
+}
+
+} // namespace
+
+} // namespace orva::test

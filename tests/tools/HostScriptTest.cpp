@@ -1,0 +1,162 @@
+#include "tools/orva-host/HostScript.h"
+
+#include "tests/support/TemporaryFolder.h"
+#include "tools/orva-host/CommandSource.h"
+#include "tools/orva-host/HostOptions.h"
+
+#include <initializer_list>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace orva::tools {
+
+namespace {
+
+HostCommand Parsed(const std::string& line) {
+    return HostCommand::Parse(line).value();
+}
+
+TEST(HostScript, ReadsNumbersOf32Bits) {
+    EXPECT_EQ(ParseNumber("0"), 0U);
+    EXPECT_EQ(ParseNumber("4294967295"), 0xFFFFFFFFU);
+    EXPECT_EQ(ParseNumber("-1"), 0xFFFFFFFFU);
+    EXPECT_EQ(ParseNumber("-2147483648"), 0x80000000U);
+    EXPECT_EQ(ParseNumber("0x80000000"), 0x80000000U);
+    EXPECT_EQ(ParseNumber("010"), 10U) << "decimal, whatever the zero";
+    for (const char* text : {"", "-", "4294967296", "-2147483649", "12a", "x12", "0xg", "1.5", "+1", " 1",
+                             "0x", "99999999999999999999", "1x2"}) {
+        EXPECT_FALSE(ParseNumber(text)) << text;
+    }
+}
+
+TEST(HostScript, ReadsCodeParamAndData) {
+    EXPECT_EQ(Parsed("2304 19").code, 2304);
+    EXPECT_EQ(Parsed("2304 19").param, 19U);
+    EXPECT_TRUE(Parsed("2304 19").data.empty());
+    EXPECT_EQ(Parsed("  0x100   1 # on").code, 256);
+    EXPECT_EQ(Parsed("0").param, 0U);
+    EXPECT_EQ(Parsed("2304 0 2 19").data, (std::vector<std::uint32_t>{2, 19}));
+    EXPECT_EQ(Parsed("-5").code, -5);
+    EXPECT_EQ(Parsed("close").code, 16384);
+    EXPECT_FALSE(Parsed("close").hostHandle);
+    EXPECT_EQ(Parsed("@7 close").hostHandle, 7U);
+    EXPECT_EQ(Parsed("@7 3584 12").param, 12U);
+}
+
+TEST(HostScript, ReadsWaits) {
+    EXPECT_EQ(Parsed("wait 1.5").kind, HostCommand::Kind::Wait);
+    EXPECT_DOUBLE_EQ(Parsed("wait 1.5").seconds, 1.5);
+    EXPECT_DOUBLE_EQ(Parsed("wait 0").seconds, 0);
+}
+
+TEST(HostScript, SkipsEmptyLinesAndRemarks) {
+    for (const char* line : {"", "   ", "\t\r", "# 2304 19", "  #"}) {
+        EXPECT_FALSE(HostCommand::Parse(line)) << line;
+    }
+}
+
+TEST(HostScript, RefusesWhatItDoesNotUnderstand) {
+    for (const char* line : {"volume 12", "3584 loud", "2304 0 2 x", "wait", "wait x", "wait -1", "wait 1 2",
+                             "wait inf", "wait nan", "@", "@x 1", "@7", "close 1", "2304,19"}) {
+        EXPECT_THROW(HostCommand::Parse(line), std::invalid_argument) << line;
+    }
+}
+
+TEST(CommandSource, HandsOutAFileLineByLine) {
+    const test::TemporaryFolder folder;
+    CommandSource source(folder.Write("script", "3584 1\n\n# no\nwait 2\nfoo\n3584 2"));
+    EXPECT_FALSE(source.IsAtEnd());
+    EXPECT_EQ(source.Next()->param, 1U);
+    EXPECT_EQ(source.Next()->kind, HostCommand::Kind::Wait);
+    EXPECT_THROW(source.Next(), std::invalid_argument);
+    EXPECT_EQ(source.Next()->param, 2U) << "goes on after a bad line";
+    EXPECT_TRUE(source.IsAtEnd());
+    EXPECT_FALSE(source.Next());
+}
+
+TEST(CommandSource, IsEmptyWithoutAScript) {
+    CommandSource source("");
+    EXPECT_TRUE(source.IsAtEnd());
+    EXPECT_FALSE(source.Next());
+    EXPECT_THROW(CommandSource("no/such/file"), std::runtime_error);
+}
+
+/// Reads the options after the program's name and a library's.
+bool Read(std::initializer_list<const char*> words, HostOptions& options, int& exitCode) {
+    std::vector<const char*> arguments = {"orva-host", "/plugin.zem"};
+    arguments.insert(arguments.end(), words);
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    const bool isRead =
+        ReadHostOptions(static_cast<int>(arguments.size()), arguments.data(), options, exitCode);
+    testing::internal::GetCapturedStdout();
+    testing::internal::GetCapturedStderr();
+    return isRead;
+}
+
+TEST(HostOptions, ReadsEverything) {
+    HostOptions options;
+    int exitCode = -1;
+    ASSERT_TRUE(Read({"--device",    "K7USB",
+                      "--serial",    "12345678",
+                      "--handle",    "9",
+                      "--instances", "16",
+                      "--cycles",    "3",
+                      "--seconds",   "2.5",
+                      "--script",    "s.txt",
+                      "--log",       "l.txt",
+                      "--audio",     "a.wav",
+                      "--hidden",    "--refuse",
+                      "--answer",    "2048=155000000",
+                      "--answer",    "256=0x1",
+                      "--on",        "4352=close",
+                      "--on",        "4352=@3 3584 1",
+                      "--no-record"},
+                     options, exitCode));
+    EXPECT_EQ(options.library, "/plugin.zem");
+    EXPECT_EQ(options.deviceType, "K7USB");
+    EXPECT_EQ(options.serialNumber, "12345678");
+    EXPECT_EQ(options.firstHandle, 9U);
+    EXPECT_EQ(options.instances, 16U);
+    EXPECT_EQ(options.cycles, 3U);
+    EXPECT_DOUBLE_EQ(options.seconds, 2.5);
+    EXPECT_EQ(options.script, "s.txt");
+    EXPECT_EQ(options.log, "l.txt");
+    EXPECT_EQ(options.audio, "a.wav");
+    EXPECT_TRUE(options.isHidden);
+    EXPECT_TRUE(options.refusesAll);
+    EXPECT_FALSE(options.hasRecord);
+    EXPECT_EQ(options.answers, (std::map<std::uint32_t, std::uint32_t>{{256, 1}, {2048, 155000000}}));
+    ASSERT_EQ(options.reactions.size(), 1U);
+    ASSERT_EQ(options.reactions[4352].size(), 2U);
+    EXPECT_EQ(options.reactions[4352][0].code, 16384);
+    EXPECT_EQ(options.reactions[4352][1].hostHandle, 3U);
+}
+
+TEST(HostOptions, RefusesWhatMakesNoSense) {
+    for (const std::initializer_list<const char*>& words :
+         {std::initializer_list<const char*>{"--answer", "2048"},
+          {"--answer", "x=1"},
+          {"--answer", "2048=x"},
+          {"--on", "close"},
+          {"--on", "4352=wait 1"},
+          {"--on", "4352=jump"},
+          {"--on", "4352="},
+          {"--no-such"}}) {
+        HostOptions options;
+        int exitCode = 0;
+        EXPECT_FALSE(Read(words, options, exitCode)) << *words.begin();
+        EXPECT_NE(exitCode, 0);
+    }
+    HostOptions options;
+    int exitCode = -1;
+    EXPECT_FALSE(Read({"--help"}, options, exitCode));
+    EXPECT_EQ(exitCode, 0);
+}
+
+} // namespace
+
+} // namespace orva::tools
