@@ -69,7 +69,7 @@ std::uint32_t EntryPoints::Start(std::uint32_t hostHandle, ReceiverRecord* recor
         instance == nullptr) {
         return kStartRefused;
     }
-    const WindowHandle window = instances.FindByHandle(hostHandle)->window;
+    WindowHandle window = instances.FindByHandle(hostHandle)->window;
 
     Guarded("AnnounceCapabilities", [&] { instance->AnnounceCapabilities(); });
     if (start.wasClosed) {
@@ -126,7 +126,7 @@ void EntryPoints::Close(PluginHandleEntry& entry) {
         return;
     }
     const std::uint32_t hostHandle = entry.hostHandle;
-    const WindowHandle window = entry.window;
+    WindowHandle window = entry.window;
     Guarded("WithdrawCapabilities", [&] { instance->WithdrawCapabilities(); });
     // Whatever the host says while the instance goes no longer reaches it; the handle stays in use until the
     // host has had the last message.

@@ -14,7 +14,7 @@
 #endif
 
 /// The platform's window record, as its own headers declare it.
-struct HWND__;
+struct HWND__; // NOLINT(bugprone-reserved-identifier)
 
 namespace orva::plugin {
 

@@ -18,7 +18,7 @@ namespace {
 using Steps = std::vector<std::string>;
 
 WindowHandle Window(std::uintptr_t number) {
-    return reinterpret_cast<WindowHandle>(number);
+    return reinterpret_cast<WindowHandle>(number); // NOLINT(performance-no-int-to-ptr)
 }
 
 /// Everything that happened, in order, and what is to happen at each step. One per test.

@@ -9,7 +9,7 @@ namespace orva::plugin {
 namespace {
 
 WindowHandle Window(std::uintptr_t number) {
-    return reinterpret_cast<WindowHandle>(number);
+    return reinterpret_cast<WindowHandle>(number); // NOLINT(performance-no-int-to-ptr)
 }
 
 class PluginHandleListTest : public testing::Test {

@@ -30,9 +30,10 @@ std::uint32_t NeedNumber(const std::string& word) {
 }
 
 double NeedSeconds(const std::vector<std::string>& words, std::size_t at) {
+    const std::string word = at + 1 == words.size() ? words[at] : "";
     char* end = nullptr;
-    const double seconds = at < words.size() ? std::strtod(words[at].c_str(), &end) : -1;
-    if (at + 1 != words.size() || *end != '\0' || !std::isfinite(seconds) || seconds < 0) {
+    const double seconds = std::strtod(word.c_str(), &end);
+    if (word.empty() || *end != '\0' || !std::isfinite(seconds) || seconds < 0) {
         throw std::invalid_argument("'wait' wants a number of seconds");
     }
     return seconds;

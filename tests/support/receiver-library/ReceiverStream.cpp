@@ -12,8 +12,8 @@ namespace {
 /// A second of samples that nobody has read is as much as the receiver keeps.
 constexpr std::size_t kMostWaiting = kReceiverRate * sizeof(std::int16_t);
 
-/// At speed 0: samples on their way through the plug-in. Its pool holds 10 blocks of 2400.
-constexpr std::uint64_t kMostUnprocessed = 8 * 2400;
+/// At speed 0: samples on their way through the plug-in, 8 blocks of 2400. Its pool holds 10.
+constexpr std::uint64_t kMostUnprocessed = 19200;
 
 std::int16_t Negated(std::int16_t sample) {
     const int negated = -static_cast<int>(sample);
