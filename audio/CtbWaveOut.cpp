@@ -43,7 +43,6 @@ CtbWaveOut::~CtbWaveOut() {
     Close();
     toolkit::TmyApplication::ProcessPendingMessages();
     messageWindow.reset();
-    running = false; // a device that closed by itself cannot be stopped
     if (handle == nullptr) {
         GiveBackLostBlocks();
     }

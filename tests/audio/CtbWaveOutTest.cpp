@@ -412,16 +412,17 @@ TEST_F(WaveOut, PreparesThenWritesThenUnprepares) {
 TEST_F(WaveOut, ScalesEverySampleByEveryVolume) {
     constexpr std::int32_t kValues = 65536;
     BlockPool wide(1, kValues);
-    output->SetDataSource(&wide);
-    output->SetPrebufferBlocks(1);
-    ASSERT_EQ(output->Start(), 0U);
+    CtbWaveOut own(kRate, device.Platform(), card.Platform()); // goes before its source
+    own.SetDataSource(&wide);
+    own.SetPrebufferBlocks(1);
+    ASSERT_EQ(own.Start(), 0U);
     for (std::int32_t volume = 0; volume <= 32; ++volume) {
-        output->SetVolume(volume);
+        own.SetVolume(volume);
         CtbSampleBlock* block = wide.Take();
         for (std::int32_t i = 0; i < kValues; ++i) {
             (*block)[static_cast<std::uint32_t>(i)] = static_cast<std::int16_t>(i - 32768);
         }
-        output->Write(block);
+        own.Write(block);
         for (std::int32_t i = 0; i < kValues; ++i) {
             const double exact = std::floor((i - 32768) * volume * 2.5);
             const auto expected = static_cast<std::int16_t>(std::clamp(exact, -32767.0, 32767.0));
@@ -430,7 +431,6 @@ TEST_F(WaveOut, ScalesEverySampleByEveryVolume) {
         }
         device.FinishBlock();
     }
-    output->SetDataSource(&pool);
 }
 
 TEST_F(WaveOut, ClipsToSymmetricLimits) {

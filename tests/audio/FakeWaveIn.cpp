@@ -47,6 +47,10 @@ MMRESULT FakeWaveIn::CheckHandle(HWAVEIN handle) const {
 // --- what the test says ------------------------------------------------------------------------------------
 
 WAVEHDR* FakeWaveIn::TakeFilled(DWORD bytes, std::int16_t firstSample) {
+    if (queue.empty()) {
+        ADD_FAILURE() << "there is no buffer at the device";
+        return nullptr;
+    }
     WAVEHDR* header = queue.front();
     queue.erase(queue.begin());
     auto* samples = reinterpret_cast<std::int16_t*>(header->lpData);

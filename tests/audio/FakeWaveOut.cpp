@@ -46,6 +46,10 @@ MMRESULT FakeWaveOut::CheckHandle(HWAVEOUT handle) const {
 // --- what the test says ------------------------------------------------------------------------------------
 
 WAVEHDR* FakeWaveOut::TakeOldest() {
+    if (queue.empty()) {
+        ADD_FAILURE() << "there is no block at the device";
+        return nullptr;
+    }
     WAVEHDR* header = queue.front();
     queue.erase(queue.begin());
     header->dwFlags = (header->dwFlags & ~static_cast<DWORD>(WHDR_INQUEUE)) | WHDR_DONE;

@@ -1,13 +1,21 @@
 #include "tests/support/AllocationProbe.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#ifdef _WIN32
+#include <malloc.h>
+#endif
 #include <new>
 
 namespace orva::test {
 namespace {
 
 constexpr int kNever = -1;
+
+#ifdef _WIN32
+constexpr std::uint8_t kReleased = 0xDD; ///< fills released memory
+#endif
 
 std::atomic<std::uint64_t> allocations{0};
 std::atomic<std::uint64_t> releases{0};
@@ -37,6 +45,11 @@ void* Take(std::size_t bytes) {
 void Release(void* memory) {
     if (memory != nullptr) {
         ++releases;
+#ifdef _WIN32
+        // What the sanitizers would find natively: whoever still uses the memory goes wrong at once. (Stores
+        // before a release that are not volatile are dropped.)
+        std::fill_n(static_cast<volatile std::uint8_t*>(memory), _msize(memory), kReleased);
+#endif
         std::free(memory);
     }
 }
