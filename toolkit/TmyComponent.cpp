@@ -68,10 +68,17 @@ void TmyComponent::DestroyOwnWindow() {
     const HWND own = window;
     window = nullptr;
     if (own != nullptr) {
+        LeaveWindow(own);
         DestroyWindow(own);
     }
     Application().FreeThunk(thunk);
     thunk = nullptr;
+}
+
+/// The messages still to come are the original procedure's alone, with the window that they are for: at the
+/// last of them it frees what it keeps for the window.
+void TmyComponent::LeaveWindow(HWND left) {
+    SetWindowLongA(left, GWL_WNDPROC, static_cast<LONG>(reinterpret_cast<LONG_PTR>(originalWndProc)));
 }
 
 HWND TmyComponent::ParentWindow() const {

@@ -119,6 +119,7 @@ private:
     void CreateOwnWindow(const char* title, DWORD windowStyle, DWORD extendedStyle,
                          const Placement& placement);
     void DestroyOwnWindow();
+    void LeaveWindow(HWND left);
     void ReadBounds(); ///< the outer ones only: the client size is compared at `WM_SIZE`
     [[nodiscard]] HWND ParentWindow() const;
     LRESULT CallOriginal(UINT message, WPARAM wParam, LPARAM lParam);

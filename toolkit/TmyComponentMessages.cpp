@@ -457,8 +457,7 @@ TmyComponent::Handled TmyComponent::HandleDestroy(WPARAM wParam, LPARAM lParam) 
     const LifeGuard life(this);
     const LRESULT result = CallOriginal(WM_DESTROY, wParam, lParam);
     if (life.IsAlive() && window != nullptr) {
-        // The messages still to come are the platform's alone.
-        SetWindowLongA(window, GWL_WNDPROC, static_cast<LONG>(reinterpret_cast<LONG_PTR>(originalWndProc)));
+        LeaveWindow(window);
         window = nullptr;
         delete this;
     }
