@@ -160,7 +160,7 @@ TmyComponent::Handled TmyComponent::HandleMessage(UINT message, WPARAM& wParam, 
         return HandleMouse(message, wParam, lParam);
     case kFollowVisibility:
         FollowVisibility(wParam != 0);
-        return 0;
+        return std::nullopt;
     default:
         return std::nullopt;
     }
