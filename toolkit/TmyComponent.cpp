@@ -13,7 +13,7 @@ namespace orva::toolkit {
 namespace {
 
 constexpr UINT kHighestUserMessage = 16384;
-constexpr int kKeep = -1; ///< for a position or a size
+constexpr int kKeep = -1; ///< for a size
 
 Placement Centred(Placement placement) {
     if (placement.x == -1 && placement.y == -1) {
@@ -152,8 +152,7 @@ void TmyComponent::SetBounds(int x, int y, int width, int height) {
 }
 
 void TmyComponent::SetPosition(int x, int y) {
-    SetBounds(x == kKeep ? bounds.left : x, y == kKeep ? bounds.top : y, bounds.right - bounds.left,
-              bounds.bottom - bounds.top);
+    SetBounds(x, y, bounds.right - bounds.left, bounds.bottom - bounds.top);
 }
 
 void TmyComponent::SetSize(int width, int height) {

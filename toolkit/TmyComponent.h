@@ -46,7 +46,7 @@ public:
     [[nodiscard]] int GetClientWidth() const override;
     void GetPosition(POINT* point, bool screen) const override;
     void SetBounds(int x, int y, int width, int height) override;
-    void SetPosition(int x, int y) override;      ///< -1 keeps a value
+    void SetPosition(int x, int y) override;
     void SetSize(int width, int height) override; ///< -1 keeps a value
     void SetFont(HFONT newFont) override;
     void CreateCaret(int width, int height, HBITMAP bitmap) override;
