@@ -15,7 +15,8 @@ public:
     DisabledOwner(HWND ownerWindow, TmyControl* ownerControl)
         : window(ownerWindow),
           control(ownerControl),
-          wasEnabled(control != nullptr ? control->IsEnabled() : IsWindowEnabled(window) != 0) {
+          wasEnabled(control != nullptr ? !control->HasState(ControlState::Disabled)
+                                        : IsWindowEnabled(window) != 0) {
         if (control != nullptr) {
             life.emplace(control);
         }
@@ -51,6 +52,9 @@ private:
 
 int TmyComponent::ShowModal(HWND ownerWindow) {
     modalResult = 0;
+    if (window == nullptr) {
+        return 0; // nothing the user could close
+    }
     inModal = true;
     TmyControl* ownerControl = ownerWindow == nullptr ? GetParent() : nullptr;
     DisabledOwner owner(ownerControl != nullptr ? ParentWindow() : ownerWindow, ownerControl);
