@@ -347,11 +347,15 @@ void TmyComponent::ShowCaret(bool show) {
 }
 
 void TmyComponent::SetCaretPos(int x, int y) {
-    ::SetCaretPos(x, y);
+    if (window != nullptr) {
+        ::SetCaretPos(x, y);
+    }
 }
 
 void TmyComponent::DestroyCaret() {
-    ::DestroyCaret();
+    if (window != nullptr) {
+        ::DestroyCaret();
+    }
 }
 
 } // namespace orva::toolkit

@@ -68,6 +68,9 @@ LRESULT CALLBACK TmyComponent::ThunkEntry(TmyComponent* object, UINT message, WP
 
 LRESULT TmyComponent::WndProc(UINT message, WPARAM wParam, LPARAM lParam) {
     const ProfileScope profile(Application().Profiler(), kSourceUnit, kProfiledFunction, kProfiledLine);
+    if (window == nullptr) {
+        return 0; // null means all windows to some of the platform's calls
+    }
     const LifeGuard life(this);
     messageHook.Fire(this, message, wParam, lParam);
     if (!life.IsAlive()) {
