@@ -23,7 +23,7 @@ public:
         }
         std::ostringstream entry;
         entry << name << '.' << call << '(';
-        const char* separator = "";
+        [[maybe_unused]] const char* separator = "";
         ((entry << separator << arguments, separator = ","), ...);
         entry << ')';
         entries.push_back(entry.str());
