@@ -178,9 +178,17 @@ void TmyControl::Realign() {
     }
     const LifeGuard life(this);
     layingOut = true;
-    for (int round = 0; life.IsAlive() && layoutAsked && round < kMostRounds; ++round) {
-        layoutAsked = false;
-        PlaceChildren();
+    try {
+        for (int round = 0; life.IsAlive() && layoutAsked && round < kMostRounds; ++round) {
+            layoutAsked = false;
+            PlaceChildren();
+        }
+    } catch (...) {
+        // A handler's: it must not be the last layout for that.
+        if (life.IsAlive()) {
+            layingOut = false;
+        }
+        throw;
     }
     if (life.IsAlive()) {
         layingOut = false;
