@@ -41,6 +41,9 @@ void TmyControl::SetFocus() {
         return;
     }
     const LifeGuard life(this);
+    if (FocusedChild() != nullptr) {
+        focusTold = false; // it led to the focus, now it has it
+    }
     // The path comes first: the component passes a focus that the platform gives it on along its path.
     MarkFocusPath();
     if (life.IsAlive()) {
