@@ -88,7 +88,7 @@ void TmyControl::HandleLeftDown(WPARAM flags, int x, int y) {
 /// A click gives the focus to the first control from here up that can take it, or to the top window.
 void TmyControl::FocusByClick() {
     TmyControl* taker = this;
-    while (!(taker->HasState(ControlState::Focusable) && taker->IsEnabled()) && !taker->IsTopLevelWindow()) {
+    while (!taker->HasState(ControlState::Focusable) && !taker->IsTopLevelWindow()) {
         if (taker->parent == nullptr) {
             return;
         }
