@@ -90,10 +90,20 @@ HWND TmyComponent::ParentWindow() const {
 }
 
 void TmyComponent::Subclass(HWND platformWindow) {
-    const LONG own = static_cast<LONG>(reinterpret_cast<LONG_PTR>(thunk));
-    originalWndProc =
-        reinterpret_cast<WNDPROC>(static_cast<LONG_PTR>(SetWindowLongA(platformWindow, GWL_WNDPROC, own)));
+    const HWND own = window;
     window = platformWindow;
+    if (own != nullptr) {
+        // The thunk has one window: what came to a second one would reach whoever has the thunk next.
+        LeaveWindow(own);
+        if (::GetParent(platformWindow) == own) {
+            ::SetParent(platformWindow, ::GetParent(own));
+        }
+        DestroyWindow(own);
+    }
+    const LONG entry = static_cast<LONG>(reinterpret_cast<LONG_PTR>(thunk));
+    originalWndProc =
+        reinterpret_cast<WNDPROC>(static_cast<LONG_PTR>(SetWindowLongA(platformWindow, GWL_WNDPROC, entry)));
+    UpdateBounds();
 }
 
 // --- bounds ------------------------------------------------------------------------------------------------
