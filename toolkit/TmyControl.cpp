@@ -58,6 +58,7 @@ TmyControl::TmyControl(TmyControl* parentControl, const Placement& placement)
     }
     SetState(ControlState::ParentDisabled, !parent->IsEnabled());
     SetState(ControlState::Grey, parent->HasState(ControlState::Grey));
+    textHeight = parent->textHeight; // of the font it inherits
     parent->AddChild(this);
 }
 

@@ -267,7 +267,9 @@ public:
     [[nodiscard]] HFONT GetFont() const { return font; }
     /// The font to draw with: its own, an ancestor's, or the platform's default for user interfaces.
     [[nodiscard]] HFONT EffectiveFont() const;
-    [[nodiscard]] int TextHeight() const { return textHeight; } ///< [pixels]; 0 before the first `SetFont`
+    [[nodiscard]] int TextHeight() const {
+        return textHeight;
+    } ///< [pixels]; 0 before the tree's first `SetFont`
     [[nodiscard]] const RECT& Bounds() const { return bounds; } ///< in the parent's client coordinates
     [[nodiscard]] Alignment GetAlignment() const { return alignment; }
     [[nodiscard]] HWND Window() const { return window; } ///< null in a control without one
