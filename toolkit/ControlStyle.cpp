@@ -20,9 +20,17 @@ void ControlStyle::Leave(TmyControl* control) {
     if (found != sharers.rend()) {
         sharers.erase(std::next(found).base());
     }
-    if (sharers.empty()) {
+    DeleteIfUnused();
+}
+
+void ControlStyle::DeleteIfUnused() {
+    if (sharers.empty() && keepers == 0) {
         delete this;
     }
+}
+
+bool ControlStyle::IsSharedBy(const TmyControl* control) const {
+    return std::find(sharers.begin(), sharers.end(), control) != sharers.end();
 }
 
 } // namespace orva::toolkit

@@ -29,6 +29,22 @@ constexpr std::size_t kStyleValueCount = 9;
 /// deletes it.
 class ControlStyle {
 public:
+    /// Keeps a record from being deleted while its controls are told of a change.
+    class Keeper {
+    public:
+        explicit Keeper(ControlStyle* keptStyle) : style(keptStyle) { ++style->keepers; }
+        ~Keeper() {
+            --style->keepers;
+            style->DeleteIfUnused();
+        }
+        Keeper(const Keeper&) = delete;
+        Keeper& operator=(const Keeper&) = delete;
+        const ControlStyle* operator->() const { return style; }
+
+    private:
+        ControlStyle* style;
+    };
+
     /// A root's style.
     ControlStyle() = default;
     ControlStyle(const ControlStyle&) = delete;
@@ -46,12 +62,15 @@ public:
     }
     void Set(StyleValue index, std::uint32_t value) { values[static_cast<std::size_t>(index)] = value; }
 
+    [[nodiscard]] bool IsSharedBy(const TmyControl* control) const;
     [[nodiscard]] const std::vector<TmyControl*>& Sharers() const { return sharers; }
 
 private:
     ~ControlStyle() = default;
+    void DeleteIfUnused();
 
     std::vector<TmyControl*> sharers;
+    int keepers = 0;
     std::array<std::uint32_t, kStyleValueCount> values{0x636363, 0,   0xFFFFFF, 0x888888,  3,
                                                        0,        100, 0,        0xFF000000};
 };

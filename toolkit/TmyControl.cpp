@@ -325,12 +325,19 @@ void TmyControl::SetStyleValue(StyleValue index, std::uint32_t value, bool unsha
 }
 
 void TmyControl::NotifyStyle(StyleValue index, std::uint32_t value) {
-    // By index: a control that is told may make the list longer.
-    for (std::size_t at = 0; at < style->Sharers().size(); ++at) {
-        TmyControl* control = style->Sharers()[at];
-        control->SetStyleValue(index, value);
-        control->TellStyleValue(index, value);
-        control->Invalidate();
+    // A control that is told may leave the record, or go altogether, and so may those still to be told.
+    const ControlStyle::Keeper told(style);
+    const std::vector<TmyControl*> sharers = told->Sharers();
+    for (TmyControl* control : sharers) {
+        if (told->IsSharedBy(control)) {
+            control->SetStyleValue(index, value);
+        }
+        if (told->IsSharedBy(control)) {
+            control->TellStyleValue(index, value);
+        }
+        if (told->IsSharedBy(control)) {
+            control->Invalidate();
+        }
     }
 }
 
