@@ -45,6 +45,25 @@ TmyControl::LifeGuard::~LifeGuard() {
     }
 }
 
+TmyControl::ChildWalk::ChildWalk(TmyControl* walkedParent)
+    : parent(walkedParent), child(walkedParent->firstChild), outer(walkedParent->walks) {
+    parent->walks = this;
+}
+
+TmyControl::ChildWalk::~ChildWalk() {
+    if (parent != nullptr) {
+        parent->walks = outer;
+    }
+}
+
+TmyControl* TmyControl::ChildWalk::Next() {
+    TmyControl* next = child;
+    if (next != nullptr) {
+        child = next->nextSibling;
+    }
+    return next;
+}
+
 TmyControl::TmyControl(TmyControl* parentControl, const Placement& placement)
     : font(InheritedFont()),
       bounds{placement.x, placement.y, placement.x + placement.width, placement.y + placement.height},
@@ -66,6 +85,11 @@ TmyControl::~TmyControl() {
     for (LifeGuard* guard = guards; guard != nullptr; guard = guard->next) {
         guard->control = nullptr;
     }
+    for (ChildWalk* walk = walks; walk != nullptr; walk = walk->outer) {
+        walk->parent = nullptr;
+        walk->child = nullptr;
+    }
+    walks = nullptr;
     DeleteChildren();
     if (parent != nullptr) {
         parent->RemoveChild(this);
@@ -99,6 +123,11 @@ void TmyControl::AddChild(TmyControl* child) {
 }
 
 void TmyControl::RemoveChild(TmyControl* child) {
+    for (ChildWalk* walk = walks; walk != nullptr; walk = walk->outer) {
+        if (walk->child == child) {
+            walk->child = child->nextSibling;
+        }
+    }
     for (TmyControl** link = &firstChild; *link != nullptr; link = &(*link)->nextSibling) {
         if (*link == child) {
             *link = child->nextSibling;
@@ -173,7 +202,8 @@ void TmyControl::SetEnabled(bool enabled) {
     }
     SetState(ControlState::Disabled, !enabled);
     Invalidate();
-    for (TmyControl* child = firstChild; child != nullptr; child = child->nextSibling) {
+    ChildWalk children(this);
+    while (TmyControl* child = children.Next()) {
         child->SetParentEnabled(IsEnabled());
     }
     OnEnableChanged();
@@ -184,7 +214,8 @@ void TmyControl::SetParentEnabled(bool enabled) {
         return;
     }
     SetState(ControlState::ParentDisabled, !enabled);
-    for (TmyControl* child = firstChild; child != nullptr; child = child->nextSibling) {
+    ChildWalk children(this);
+    while (TmyControl* child = children.Next()) {
         child->SetParentEnabled(IsEnabled());
     }
     Invalidate();
@@ -209,19 +240,22 @@ void TmyControl::SetVisible(bool visible) {
     if (visible) {
         Invalidate();
     }
+    const LifeGuard life(this);
     OnVisibilityChanged(visible);
-    if (parent != nullptr && !IsTopLevelWindow()) {
+    if (life.IsAlive() && parent != nullptr && !IsTopLevelWindow()) {
         parent->Realign();
     }
 }
 
 void TmyControl::OnVisibilityChanged(bool visible) {
-    for (TmyControl* child = firstChild; child != nullptr; child = child->nextSibling) {
+    const LifeGuard life(this);
+    ChildWalk children(this);
+    while (TmyControl* child = children.Next()) {
         if (!child->IsTopLevelWindow()) {
             child->OnVisibilityChanged(visible);
         }
     }
-    if (alignment != Alignment::None && parent != nullptr) {
+    if (life.IsAlive() && alignment != Alignment::None && parent != nullptr) {
         parent->Realign();
     }
 }
@@ -244,7 +278,8 @@ void TmyControl::SetGrey(bool grey) {
     }
     SetState(ControlState::Grey, grey);
     Invalidate();
-    for (TmyControl* child = firstChild; child != nullptr; child = child->nextSibling) {
+    ChildWalk children(this);
+    while (TmyControl* child = children.Next()) {
         child->SetGrey(grey);
     }
 }
@@ -298,7 +333,8 @@ void TmyControl::SetFont(HFONT newFont) {
     font = newFont;
     MeasureFont();
     Invalidate();
-    for (TmyControl* child = firstChild; child != nullptr; child = child->nextSibling) {
+    ChildWalk children(this);
+    while (TmyControl* child = children.Next()) {
         if (child->font == InheritedFont()) {
             child->SetFont(InheritedFont());
         }

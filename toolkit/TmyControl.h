@@ -113,6 +113,23 @@ public:
         LifeGuard* next;
     };
 
+    /// Goes through a control's children while handlers may delete any of them, or the control.
+    class ChildWalk {
+    public:
+        explicit ChildWalk(TmyControl* walkedParent);
+        ~ChildWalk();
+        ChildWalk(const ChildWalk&) = delete;
+        ChildWalk& operator=(const ChildWalk&) = delete;
+        /// The next child; null after the last, and when the parent has gone.
+        TmyControl* Next();
+
+    private:
+        friend class TmyControl;
+        TmyControl* parent;
+        TmyControl* child;
+        ChildWalk* outer;
+    };
+
     explicit TmyControl(TmyControl* parent, const Placement& placement = {});
     TmyControl(const TmyControl&) = delete;
     TmyControl& operator=(const TmyControl&) = delete;
@@ -333,6 +350,7 @@ protected:
 private:
     friend struct TmyControlInspector;
 
+    static void PaintChild(TmyControl* child, HDC dc, HRGN region);
     void NotifyStyle(StyleValue index, std::uint32_t value);
     void TellStyleValue(StyleValue index, std::uint32_t value);
 
@@ -374,6 +392,7 @@ private:
     bool layoutAsked = false; ///< while one is under way
     bool focusTold = false;   ///< the last `OnFocusChange` said gained
     LifeGuard* guards = nullptr;
+    ChildWalk* walks = nullptr;
 };
 
 } // namespace orva::toolkit

@@ -5,6 +5,7 @@
 #include "toolkit/TmyControl.h"
 
 #include <algorithm>
+#include <array>
 
 namespace orva::toolkit {
 
@@ -104,7 +105,8 @@ void TmyControl::RepaintInParent(const RECT& before, const RECT& after, bool mov
 /// Windows below a control without one stand in the coordinates of another window: they must follow it by
 /// themselves.
 void TmyControl::MoveWindowsBelow() {
-    for (TmyControl* child = firstChild; child != nullptr; child = child->nextSibling) {
+    ChildWalk children(this);
+    while (TmyControl* child = children.Next()) {
         if (child->window == nullptr) {
             child->MoveWindowsBelow();
         } else if (!child->IsTopLevelWindow()) {
@@ -201,11 +203,19 @@ void TmyControl::PlaceChildren() {
     RECT whole;
     GetClientArea(&whole);
     RECT area = whole;
-    Dock(area, batch, Alignment::Top, Alignment::Bottom);
-    Dock(area, batch, Alignment::Left, Alignment::Right);
-    Dock(area, batch, Alignment::InnerTop, Alignment::InnerBottom);
-    Dock(area, batch, Alignment::Fill, Alignment::Fill);
-    PlaceAnchored(whole, batch);
+    constexpr std::array<std::array<Alignment, 2>, 4> kPasses{{{Alignment::Top, Alignment::Bottom},
+                                                               {Alignment::Left, Alignment::Right},
+                                                               {Alignment::InnerTop, Alignment::InnerBottom},
+                                                               {Alignment::Fill, Alignment::Fill}}};
+    const LifeGuard life(this);
+    for (const auto& [first, second] : kPasses) {
+        if (life.IsAlive()) {
+            Dock(area, batch, first, second);
+        }
+    }
+    if (life.IsAlive()) {
+        PlaceAnchored(whole, batch);
+    }
     if (batch != nullptr) {
         EndDeferWindowPos(batch);
     }
@@ -213,7 +223,8 @@ void TmyControl::PlaceChildren() {
 
 /// One pass: docks the children of either alignment, and takes their places off the area.
 void TmyControl::Dock(RECT& area, HDWP& batch, Alignment first, Alignment second) {
-    for (TmyControl* child = firstChild; child != nullptr; child = child->nextSibling) {
+    ChildWalk children(this);
+    while (TmyControl* child = children.Next()) {
         const bool docks = child->alignment == first || child->alignment == second;
         if (!docks || child->HasState(ControlState::Hidden) || child->IsTopLevelWindow()) {
             continue;
@@ -246,7 +257,8 @@ void TmyControl::Dock(RECT& area, HDWP& batch, Alignment first, Alignment second
 }
 
 void TmyControl::PlaceAnchored(const RECT& area, HDWP& batch) {
-    for (TmyControl* child = firstChild; child != nullptr; child = child->nextSibling) {
+    ChildWalk children(this);
+    while (TmyControl* child = children.Next()) {
         if (child->alignment != Alignment::None || !child->anchors.has_value() || child->IsTopLevelWindow()) {
             continue;
         }

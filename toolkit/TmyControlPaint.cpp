@@ -44,24 +44,35 @@ void TmyControl::PaintTree(HDC dc, HRGN region) {
     // An overlay may lie on opaque siblings, which are cut out of the clip by then.
     const GdiRegion clip;
     const int clipped = GetClipRgn(dc, clip.Get());
-    for (TmyControl* child = firstChild; child != nullptr; child = child->nextSibling) {
-        if (child->IsOpaqueWindowlessChild() && RectInRegion(region, &child->bounds) != 0) {
-            {
-                const ChildCoordinates inChild(dc, region, child->bounds);
-                child->PaintTree(dc, region);
+    const LifeGuard life(this);
+    {
+        ChildWalk children(this);
+        while (TmyControl* child = children.Next()) {
+            if (child->IsOpaqueWindowlessChild() && RectInRegion(region, &child->bounds) != 0) {
+                const RECT area = child->bounds;
+                PaintChild(child, dc, region);
+                ExcludeClipRect(dc, area.left, area.top, area.right, area.bottom);
             }
-            const RECT& area = child->bounds;
-            ExcludeClipRect(dc, area.left, area.top, area.right, area.bottom);
         }
     }
-    OnPaint(dc);
+    if (life.IsAlive()) {
+        OnPaint(dc);
+    }
+    if (!life.IsAlive()) {
+        return;
+    }
     SelectClipRgn(dc, clipped > 0 ? clip.Get() : nullptr);
-    for (TmyControl* child = firstChild; child != nullptr; child = child->nextSibling) {
+    ChildWalk children(this);
+    while (TmyControl* child = children.Next()) {
         if (child->IsVisibleOverlay() && RectInRegion(region, &child->bounds) != 0) {
-            const ChildCoordinates inChild(dc, region, child->bounds);
-            child->PaintTree(dc, region);
+            PaintChild(child, dc, region);
         }
     }
+}
+
+void TmyControl::PaintChild(TmyControl* child, HDC dc, HRGN region) {
+    const ChildCoordinates inChild(dc, region, child->bounds);
+    child->PaintTree(dc, region);
 }
 
 void TmyControl::OnPaint(HDC dc) {
