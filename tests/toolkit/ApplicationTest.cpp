@@ -6,9 +6,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace orva::toolkit {
 namespace {
@@ -110,8 +111,8 @@ std::vector<std::string> OutputOfRun(const std::string& arguments) {
     STARTUPINFOA startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process{};
-    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process) ==
-        0) {
+    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                       &process) == 0) {
         return {"not started"};
     }
     WaitForSingleObject(process.hProcess, 60000);
@@ -155,8 +156,8 @@ TEST(ApplicationEnd, IsSilentWithoutTheTraceOption) {
 TEST(ApplicationEnd, TraceOptionTellsOfTypesAndThunks) {
     for (const char* option : {"/l", "/L", "\"/l\""}) {
         const std::vector<std::string> lines = OutputOfRun(std::string("--scenario=windows ") + option);
-        // The classes of the run: object, control, component, its recording subclass is nobody's own, profiler,
-        // set.
+        // The classes of the run: object, control, component, its recording subclass is nobody's own,
+        // profiler, set.
         EXPECT_TRUE(Has(lines, "Type IDs count: ")) << Joined(lines);
         EXPECT_TRUE(Has(lines, "[empty ")) << Joined(lines);
         EXPECT_TRUE(Has(lines, "Max. thunk index: 2 / 5041")) << Joined(lines);

@@ -2,8 +2,9 @@
 #include "tests/toolkit/WindowSupport.h"
 
 #include <algorithm>
-#include <gtest/gtest.h>
 #include <stdexcept>
+
+#include <gtest/gtest.h>
 
 namespace orva::toolkit {
 namespace {
@@ -321,11 +322,13 @@ TEST_F(MessageTable, PosChangedUpdatesTheBoundsAndTellsOfMoves) {
 }
 
 TEST_F(MessageTable, PosChangedPostsTheVisibility) {
-    SetWindowPos(child->Window(), nullptr, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_HIDEWINDOW);
+    SetWindowPos(child->Window(), nullptr, 0, 0, 0, 0,
+                 SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_HIDEWINDOW);
     EXPECT_FALSE(child->HasState(ControlState::Hidden)); // not before messages are pumped
     Pump();
     EXPECT_TRUE(child->HasState(ControlState::Hidden));
-    SetWindowPos(child->Window(), nullptr, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_SHOWWINDOW);
+    SetWindowPos(child->Window(), nullptr, 0, 0, 0, 0,
+                 SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_SHOWWINDOW);
     EXPECT_TRUE(child->HasState(ControlState::Hidden));
     Pump();
     EXPECT_FALSE(child->HasState(ControlState::Hidden));
@@ -415,8 +418,9 @@ TEST_F(MessageTable, MouseMessagesAreDispatched) {
     Send(top, WM_RBUTTONDOWN, MK_RBUTTON, Point(5, 120));
     EXPECT_EQ(GetCapture(), nullptr);
     Send(top, WM_RBUTTONUP, 0, Point(6, 121));
-    EXPECT_EQ(log.Take(), (EventLog::Entries{"light.Move(4,10,5)", "light.LeftDown(1,11,6)", "light.LeftUp(0,12,7)",
-                                             "top.RightDown(2,5,120)", "top.RightUp(0,6,121)"}));
+    EXPECT_EQ(log.Take(),
+              (EventLog::Entries{"light.Move(4,10,5)", "light.LeftDown(1,11,6)", "light.LeftUp(0,12,7)",
+                                 "top.RightDown(2,5,120)", "top.RightUp(0,6,121)"}));
     for (const UINT message : {WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_LBUTTONUP, WM_RBUTTONDOWN, WM_RBUTTONUP}) {
         EXPECT_NE(std::count(originalMessages.begin(), originalMessages.end(), message), 0) << message;
     }
@@ -425,7 +429,9 @@ TEST_F(MessageTable, MouseMessagesAreDispatched) {
 TEST_F(MessageTable, WheelIsInNotchesAndReturnsZero) {
     Watch({"Wheel"});
     originalResult = 5;
-    const auto wheel = [this](int delta) { return Send(top, WM_MOUSEWHEEL, MAKEWPARAM(MK_CONTROL, delta), 0); };
+    const auto wheel = [this](int delta) {
+        return Send(top, WM_MOUSEWHEEL, MAKEWPARAM(MK_CONTROL, delta), 0);
+    };
     EXPECT_EQ(wheel(240), 0);
     EXPECT_EQ(wheel(-120), 0);
     EXPECT_EQ(wheel(119), 0);

@@ -2,6 +2,7 @@
 #include "tests/toolkit/WindowSupport.h"
 
 #include <cstring>
+
 #include <gtest/gtest.h>
 
 namespace orva::toolkit {
@@ -131,14 +132,14 @@ TEST(Thunks, TheObjectIsFoundFromItsThunkAlone) {
 
 TEST(Thunks, AWindowsProcedureIsItsObjectsThunk) {
     TmyComponent window(nullptr, "", kPopupHidden, 0, kPlace);
-    const auto* procedure =
-        reinterpret_cast<const void*>(GetWindowLongA(window.Window(), GWL_WNDPROC));
+    const auto* procedure = reinterpret_cast<const void*>(GetWindowLongA(window.Window(), GWL_WNDPROC));
     EXPECT_EQ(Application().ObjectFromThunk(procedure), &window);
     EXPECT_EQ(TmyApplication::ObjectFromWindow(window.Window()), &window);
 }
 
 TEST(Thunks, ForeignWindowsHaveNoObject) {
-    HWND foreign = CreateWindowExA(0, "STATIC", "", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
+    HWND foreign =
+        CreateWindowExA(0, "STATIC", "", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
     ASSERT_NE(foreign, nullptr);
     EXPECT_EQ(TmyApplication::ObjectFromWindow(foreign), nullptr);
     EXPECT_EQ(TmyApplication::ObjectFromWindow(nullptr), nullptr);

@@ -5,9 +5,10 @@
 
 #include <cstdio>
 #include <cstring>
-#include <gtest/gtest.h>
 #include <memory>
 #include <string>
+
+#include <gtest/gtest.h>
 
 namespace orva::toolkit {
 namespace {
