@@ -56,6 +56,10 @@ void TmyComponent::CreateOwnWindow(const char* title, DWORD windowStyle, DWORD e
     POINT offset{0, 0};
     if (container != nullptr && (windowStyle & WS_CHILD) != 0) {
         offset = container->OffsetInComponent();
+        hiddenWithParent = IsBelowHiddenControl();
+        if (hiddenWithParent) {
+            windowStyle &= ~static_cast<DWORD>(WS_VISIBLE); // it shows when the control does
+        }
     }
     CreateWindowExA(extendedStyle, application.WindowClass(), title, windowStyle, placement.x + offset.x,
                     placement.y + offset.y, placement.width, placement.height, ParentWindow(), nullptr,
@@ -79,6 +83,15 @@ void TmyComponent::DestroyOwnWindow() {
 /// last of them it frees what it keeps for the window.
 void TmyComponent::LeaveWindow(HWND left) {
     SetWindowLongA(left, GWL_WNDPROC, static_cast<LONG>(reinterpret_cast<LONG_PTR>(originalWndProc)));
+}
+
+/// Whether a control without a window, of which the platform knows nothing, hides this one.
+bool TmyComponent::IsBelowHiddenControl() const {
+    const TmyControl* control = GetParent();
+    while (control != nullptr && control->Window() == nullptr && !control->HasState(ControlState::Hidden)) {
+        control = control->GetParent();
+    }
+    return control != nullptr && control->Window() == nullptr;
 }
 
 HWND TmyComponent::ParentWindow() const {

@@ -122,6 +122,7 @@ private:
     void LeaveWindow(HWND left);
     void ReadBounds(); ///< the outer ones only: the client size is compared at `WM_SIZE`
     [[nodiscard]] HWND ParentWindow() const;
+    [[nodiscard]] bool IsBelowHiddenControl() const;
     LRESULT CallOriginal(UINT message, WPARAM wParam, LPARAM lParam);
 
     Handled HandleMessage(UINT message, WPARAM& wParam, LPARAM lParam);
