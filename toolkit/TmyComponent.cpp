@@ -216,8 +216,16 @@ void TmyComponent::SetVisible(bool visible) {
 
 /// Takes over what the platform tells of the window.
 void TmyComponent::FollowVisibility(bool visible) {
-    if (!hiddenWithParent) {
-        TmyControl::SetVisible(visible);
+    if (hiddenWithParent) {
+        return;
+    }
+    // The window is not shown or hidden for it: another change may be on its way here already, and each would
+    // bring about the next.
+    const LifeGuard life(this);
+    followsPlatform = true;
+    TmyControl::SetVisible(visible);
+    if (life.IsAlive()) {
+        followsPlatform = false;
     }
 }
 
@@ -225,7 +233,7 @@ void TmyComponent::OnVisibilityChanged(bool visible) {
     const TmyControl* container = GetParent();
     const bool onWindowlessParent =
         container != nullptr && container->Window() == nullptr && !IsTopLevelWindow();
-    if (window != nullptr && onWindowlessParent) {
+    if (window != nullptr && onWindowlessParent && !followsPlatform) {
         // The platform knows nothing of a parent without a window.
         const bool showing = container->IsVisible() && !HasState(ControlState::Hidden);
         hiddenWithParent = !container->IsVisible();

@@ -152,6 +152,7 @@ private:
     bool inModal = false;
     int clientWidth = 0;
     int clientHeight = 0;
+    bool followsPlatform = false;  ///< a change of visibility under way is the platform's
     bool hiddenWithParent = false; ///< a windowless ancestor is hidden, the component itself need not be
 };
 
