@@ -35,35 +35,6 @@ int MarginOf(std::uint32_t borderStyle, int borderWidth) {
 
 WPARAM TmyControl::wheelKeys = 0;
 
-TmyControl::LifeGuard::LifeGuard(TmyControl* guarded) : control(guarded), next(guarded->guards) {
-    guarded->guards = this;
-}
-
-TmyControl::LifeGuard::~LifeGuard() {
-    if (control != nullptr) {
-        control->guards = next;
-    }
-}
-
-TmyControl::ChildWalk::ChildWalk(TmyControl* walkedParent)
-    : parent(walkedParent), child(walkedParent->firstChild), outer(walkedParent->walks) {
-    parent->walks = this;
-}
-
-TmyControl::ChildWalk::~ChildWalk() {
-    if (parent != nullptr) {
-        parent->walks = outer;
-    }
-}
-
-TmyControl* TmyControl::ChildWalk::Next() {
-    TmyControl* next = child;
-    if (next != nullptr) {
-        child = next->nextSibling;
-    }
-    return next;
-}
-
 TmyControl::TmyControl(TmyControl* parentControl, const Placement& placement)
     : font(InheritedFont()),
       bounds{placement.x, placement.y, placement.x + placement.width, placement.y + placement.height},
