@@ -62,7 +62,7 @@ void UseEveryOperation(TmyComponent& component) {
     component.DestroyCaret();
     component.UpdateBounds();
     component.SetText("text");
-    EXPECT_EQ(component.GetText(), "");
+    EXPECT_STREQ(component.GetText().Text(), "");
     EXPECT_EQ(component.GetTextLength(), 0);
     component.SetRedraw(false);
     component.SetRedraw(true);

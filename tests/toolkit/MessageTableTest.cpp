@@ -475,20 +475,20 @@ TEST_F(MessageTable, PostUserMessageRefusesAnIdAbove16384) {
 }
 
 TEST_F(MessageTable, TextIsTheWindows) {
-    EXPECT_EQ(top.GetText(), "title");
+    EXPECT_STREQ(top.GetText().Text(), "title");
     Watch({"InvalidateRegion"});
     top.SetText("another");
     EXPECT_EQ(log.Take(), (EventLog::Entries{"top.InvalidateRegion()"}));
     EXPECT_TRUE(OriginalGot(WM_SETTEXT));
     EXPECT_EQ(top.GetTextLength(), 7);
-    top.SetText(std::string("text of a string"));
-    EXPECT_EQ(top.GetText(), "text of a string");
+    top.SetText(TmyString("text of a string"));
+    EXPECT_STREQ(top.GetText().Text(), "text of a string");
     char buffer[8] = "???????";
     EXPECT_EQ(top.GetText(buffer, 5), 4);
     EXPECT_STREQ(buffer, "text");
     EXPECT_EQ(top.GetText(buffer, 0), 0);
     top.SetText("");
-    EXPECT_EQ(top.GetText(), "");
+    EXPECT_STREQ(top.GetText().Text(), "");
     EXPECT_EQ(top.GetTextLength(), 0);
 }
 

@@ -285,9 +285,9 @@ TEST_F(Paint, ASubclassedWindowReplacesTheBaseWindow) {
     EXPECT_EQ(edit->Window(), platform);
     EXPECT_EQ(TmyApplication::ObjectFromWindow(platform), edit);
     EXPECT_FALSE(IsWindow(base));
-    EXPECT_EQ(edit->GetText(), "text");
+    EXPECT_STREQ(edit->GetText().Text(), "text");
     edit->SetText("other");
-    EXPECT_EQ(edit->GetText(), "other");
+    EXPECT_STREQ(edit->GetText().Text(), "other");
     EXPECT_EQ(edit->Bounds(), (RECT{5, 5, 65, 25}));
     delete edit;
     EXPECT_FALSE(IsWindow(platform));
