@@ -1,6 +1,7 @@
 #include "tests/toolkit/DebugOutput.h"
 #include "tests/toolkit/WindowSupport.h"
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -134,12 +135,17 @@ Handles Count() {
     handles.gdi = LOWORD(reinterpret_cast<std::uintptr_t>(region));
     DeleteObject(region);
     GetProcessHandleCount(GetCurrentProcess(), &handles.process);
-    PROCESS_HEAP_ENTRY entry{};
-    HeapLock(GetProcessHeap());
-    while (HeapWalk(GetProcessHeap(), &entry) != 0) {
-        handles.heapBlocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? 1 : 0;
+    std::vector<HANDLE> heaps(64);
+    heaps.resize(
+        std::min<std::size_t>(GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data()), heaps.size()));
+    for (const HANDLE heap : heaps) {
+        PROCESS_HEAP_ENTRY entry{};
+        HeapLock(heap);
+        while (HeapWalk(heap, &entry) != 0) {
+            handles.heapBlocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? 1 : 0;
+        }
+        HeapUnlock(heap);
     }
-    HeapUnlock(GetProcessHeap());
     return handles;
 }
 
