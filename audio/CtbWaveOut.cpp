@@ -254,7 +254,7 @@ void CtbWaveOut::Recycle(WAVEHDR* header) {
 }
 
 void CtbWaveOut::OnBlockDone(WAVEHDR* header) {
-    if (!TakeFromDevice(header)) {
+    if (header == nullptr || !TakeFromDevice(header)) {
         return;
     }
     dsp::CtbSampleBlock* block = BlockOf(*header);

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Runs a Windows program with sound devices to play to and record from: a PulseAudio of its own, with one null sink
-# whose monitor is the recording device. The exit status is 77 where there is no PulseAudio.
+# Runs a Windows program with sound devices to play to and record from: a PulseAudio of its own, with one null
+# sink whose monitor is the recording device. The exit status is 77 where there is no PulseAudio.
 # Usage: real-devices.sh COMMAND [ARGUMENTS]
 set -eu
 command -v pulseaudio >/dev/null 2>&1 || { echo "no PulseAudio: nothing is tested" >&2; exit 77; }

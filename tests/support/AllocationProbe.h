@@ -1,5 +1,5 @@
-/// Counts what the program allocates and holds, and makes chosen allocations fail. The test program's `operator new` is
-/// replaced.
+/// Counts what the program allocates and holds, and makes chosen allocations fail. The test program's
+/// `operator new` is replaced.
 #pragma once
 
 #include <cstdint>
