@@ -18,6 +18,17 @@ namespace {
 constexpr const char* kWindowClass = "OrvaEchoPlugin";
 constexpr UINT kDeferredStart = WM_USER;
 
+/// With this param, code 0 asks whether a receiver library can be found.
+constexpr std::uint32_t kReceiverAsked = 718;
+
+/// And with this one it is answered only when the user has seen a box.
+constexpr std::uint32_t kBoxAsked = 719;
+
+std::uint32_t FindReceiverLibrary() {
+    const HMODULE library = LoadLibraryA("TRK718API.DLL");
+    return library != nullptr && FreeLibrary(library) != FALSE ? kReceiverAsked : 0;
+}
+
 class EchoInstance final : public IPluginInstance {
 public:
     EchoInstance(std::uint32_t handle, const ReceiverRecord* hostRecord)
@@ -83,7 +94,10 @@ private:
         SquelchValues values{};
         switch (code) {
         case HostCode::Reset:
-            CallHost(PluginCode::StreamValue, hostHandle);
+            if (param == kBoxAsked) {
+                MessageBoxA(window, "Failed to open WaveIn device.", "ORVA Error", MB_OK);
+            }
+            CallHost(PluginCode::StreamValue, param == kReceiverAsked ? FindReceiverLibrary() : hostHandle);
             break;
         case HostCode::Power:
             if (OwnedReceiverRecord offer = record.MakeSquelchOffer(param != 0)) {

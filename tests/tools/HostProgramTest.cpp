@@ -125,6 +125,21 @@ TEST_F(HostProgramTest, SendsFromInsideTheCallback) {
     }
 }
 
+TEST_F(HostProgramTest, ShowsThePluginWhereTheReceiverLibraryIs) {
+    EXPECT_EQ(Run("0 718\n").Find("name", "StreamValue")["param"], 0);
+    const HostRun run = Run("0 718\n", {"--libraries", ORVA_RECEIVER_FOLDER});
+    EXPECT_EQ(run.Find("name", "StreamValue")["param"], 718);
+}
+
+TEST_F(HostProgramTest, TellsAndDismissesErrorBoxes) {
+    const HostRun run = Run("0 719\n3584 5\n0 719\n");
+    EXPECT_EQ(run.program.exitCode, 0);
+    EXPECT_EQ(run.Count("event", "box"), 2U);
+    EXPECT_EQ(run.Find("event", "box")["title"], "ORVA Error");
+    EXPECT_EQ(run.Count("name", "StreamValue"), 2U);
+    EXPECT_EQ(run.Count("name", "VolumeChanged"), 2U) << "the script goes on";
+}
+
 TEST_F(HostProgramTest, RunsForTheTimeGiven) {
     const HostRun run = Run("", {"--seconds", "0.7"});
     EXPECT_EQ(run.program.exitCode, 0);

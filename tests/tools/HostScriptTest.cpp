@@ -100,21 +100,37 @@ bool Read(std::initializer_list<const char*> words, HostOptions& options, int& e
 TEST(HostOptions, ReadsEverything) {
     HostOptions options;
     int exitCode = -1;
-    ASSERT_TRUE(Read({"--device",    "K7USB",
-                      "--serial",    "12345678",
-                      "--handle",    "9",
-                      "--instances", "16",
-                      "--cycles",    "3",
-                      "--seconds",   "2.5",
-                      "--script",    "s.txt",
-                      "--log",       "l.txt",
-                      "--audio",     "a.wav",
-                      "--hidden",    "--refuse",
-                      "--answer",    "2048=155000000",
-                      "--answer",    "256=0x1",
-                      "--on",        "4352=close",
-                      "--on",        "4352=@3 3584 1",
-                      "--no-record"},
+    ASSERT_TRUE(Read({"--device",
+                      "K7USB",
+                      "--serial",
+                      "12345678",
+                      "--handle",
+                      "9",
+                      "--instances",
+                      "16",
+                      "--cycles",
+                      "3",
+                      "--seconds",
+                      "2.5",
+                      "--script",
+                      "s.txt",
+                      "--log",
+                      "l.txt",
+                      "--audio",
+                      "a.wav",
+                      "--hidden",
+                      "--refuse",
+                      "--answer",
+                      "2048=155000000",
+                      "--answer",
+                      "256=0x1",
+                      "--on",
+                      "4352=close",
+                      "--on",
+                      "4352=@3 3584 1",
+                      "--no-record",
+                      "--libraries",
+                      "r"},
                      options, exitCode));
     EXPECT_EQ(options.library, "/plugin.zem");
     EXPECT_EQ(options.deviceType, "K7USB");
@@ -126,6 +142,7 @@ TEST(HostOptions, ReadsEverything) {
     EXPECT_EQ(options.script, "s.txt");
     EXPECT_EQ(options.log, "l.txt");
     EXPECT_EQ(options.audio, "a.wav");
+    EXPECT_EQ(options.libraries, "r");
     EXPECT_TRUE(options.isHidden);
     EXPECT_TRUE(options.refusesAll);
     EXPECT_FALSE(options.hasRecord);

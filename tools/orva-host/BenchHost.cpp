@@ -74,6 +74,9 @@ BenchHost::~BenchHost() {
 }
 
 bool BenchHost::Run() {
+    if (!options.libraries.empty()) {
+        SetDllDirectoryA(options.libraries.c_str());
+    }
     bool isGood = true;
     for (std::uint32_t cycle = 0; cycle < options.cycles; ++cycle) {
         isGood = RunCycle() && isGood;
@@ -282,6 +285,8 @@ BenchHost::Instance* BenchHost::FindInstance(HWND sender) {
 }
 
 void BenchHost::DismissBoxes() {
+    // A later box may come by the handle of one that is gone.
+    std::erase_if(dismissed, [](HWND box) { return IsWindow(box) == FALSE; });
     EnumWindows(DismissBox, reinterpret_cast<LPARAM>(this));
 }
 

@@ -63,6 +63,8 @@ bool ReadHostOptions(int argumentCount, const char* const* arguments, HostOption
     app.add_option("--script", options.script, "file of commands; - is standard input, '' is none");
     app.add_option("--log", options.log, "file for the journal; - is standard output");
     app.add_option("--audio", options.audio, "WAV file for the audio that the first instance offers");
+    app.add_option("--libraries", options.libraries,
+                   "folder in which the plug-in may find a receiver library");
     app.add_option("--answer", answers, "CODE=VALUE: answer to a query, 0x80000000 for all others")
         ->allow_extra_args(false);
     app.add_option("--on", reactions,

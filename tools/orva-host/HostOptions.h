@@ -16,14 +16,15 @@ struct HostOptions {
     std::string serialNumber = "BENCH001";
     bool hasRecord = true;
     std::uint32_t firstHandle = 1;
-    std::uint32_t instances = 1;                    ///< with handles in a row
-    std::uint32_t cycles = 1;                       ///< how often all is started and closed
-    double seconds = 0;                             ///< to run for; 0: until the script ends
-    std::string script = "-";                       ///< file of commands; "-" is standard input, "" none
-    std::string log = "-";                          ///< where the journal goes; "-" is standard output
-    std::string audio;                              ///< WAV file for what is offered with code 4362
-    bool isHidden = false;                          ///< the plug-ins' windows are not shown
-    bool refusesAll = false;                        ///< every code is answered with 0x80000000
+    std::uint32_t instances = 1; ///< with handles in a row
+    std::uint32_t cycles = 1;    ///< how often all is started and closed
+    double seconds = 0;          ///< to run for; 0: until the script ends
+    std::string script = "-";    ///< file of commands; "-" is standard input, "" none
+    std::string log = "-";       ///< where the journal goes; "-" is standard output
+    std::string audio;           ///< WAV file for what is offered with code 4362
+    std::string libraries;       ///< folder in which the plug-in may find a receiver library
+    bool isHidden = false;       ///< the plug-ins' windows are not shown
+    bool refusesAll = false;     ///< every code is answered with 0x80000000
     std::map<std::uint32_t, std::uint32_t> answers; ///< to queries, by code
     /// Sent from inside the callback whenever the plug-in sends the code.
     std::map<std::int32_t, std::vector<HostCommand>> reactions;
