@@ -117,6 +117,7 @@ public:
     [[nodiscard]] std::uint32_t GetVolume() const { return volume; }
     /// Blocks are played as silence: the pace is kept.
     void SetMute(bool muted) { mute = muted; }
+    [[nodiscard]] bool GetMute() const { return mute; }
 
     // For the message window.
 

@@ -1,0 +1,426 @@
+#include "plugin/COrvaPlugin.h"
+
+#include "toolkit/TmyApplication.h"
+#include "toolkit/Trace.h"
+#include "ui/COrvaPluginWindow.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orva::plugin {
+
+namespace {
+
+constexpr std::uint32_t kWaveInRate = 48000;   // [Hz]
+constexpr std::uint32_t kReceiverRate = 64000; // [Hz]
+
+constexpr std::uint32_t kAudioBlockSamples = 1024;
+constexpr std::uint32_t kVoiceBlockSamples = 512;
+constexpr std::uint32_t kVoiceRate = 8000; // [Hz]
+constexpr std::uint32_t kInputBlockSamples = 2400;
+constexpr std::uint32_t kWaveInBuffers = 32;
+constexpr std::uint32_t kPrebufferBlocks = 3;
+constexpr std::size_t kDeviceTypeLength = 5;
+constexpr char kReceiverType[] = "K7USB";
+
+constexpr std::uint32_t kDecimatorTaps = 256;
+constexpr std::uint32_t kInterpolatorTaps = 64;
+constexpr std::uint32_t kNoiseTaps = 128;
+constexpr double kAudioEdge =
+    7900.0; // [Hz]; the interpolator's own limit brings it down to half its input rate
+constexpr double kNoiseEdge = 5000.0; // [Hz]
+
+constexpr double kDbPerDeemphasis = 0.1;
+constexpr double kVoltageExponentPerDb = 0.05;
+constexpr std::int32_t kMostGain = 100; // [dB]
+constexpr std::int32_t kHoldoffBlocks = 20;
+
+constexpr char kErrorTitle[] = "ORVA Error";
+constexpr char kNoWaveIn[] = "Failed to open WaveIn device.";
+
+} // namespace
+
+COrvaPlugin::COrvaPlugin(std::uint32_t hostHandle, const ReceiverRecord* record,
+                         const PluginPlatform& pluginPlatform)
+    : platform(pluginPlatform),
+      receiverLibrary(pluginPlatform.library),
+      receiverRecord(OwnedReceiverRecord::CloneOf(record)) {
+    FillAudioPool();
+    BuildNoiseHighPass();
+    BuildInputDecimator();
+    MakeWindow();
+    BuildVoiceInterpolator();
+    MakeWaveIn();
+    if (receiverRecord.DeviceType().substr(0, kDeviceTypeLength) == kReceiverType) {
+        ConnectReceiver(hostHandle);
+    }
+    receiverHandle = hostHandle;
+    MakeWaveOut();
+    frameDecoder.SetBlockSize(kVoiceBlockSamples);
+    if (receiverStreaming) {
+        StartStream();
+    }
+    RebuildAudioFilter();
+    ReadReceiverMemory(hostHandle);
+}
+
+COrvaPlugin::~COrvaPlugin() {
+    closing = true;
+    if (receiverStreaming) {
+        receiverStreaming = false;
+        receiverLibrary.CodecStop(receiverHandle);
+        DeleteCriticalSection(&*inputLock);
+        inputLock.reset();
+    }
+    receiverLibrary.Unload();
+    waveIn.reset();
+    waveOut.reset();
+    windowHandle = nullptr;
+    window.reset();
+}
+
+void COrvaPlugin::FillAudioPool() {
+    for (dsp::CtbSampleBlock& block : audioBlocks) {
+        block.Acquire(kAudioBlockSamples); // zeroed
+        freeAudioBlocks.Push(&block);
+    }
+}
+
+// --- filters -----------------------------------------------------------------------------------------------
+
+void COrvaPlugin::BuildNoiseHighPass() {
+    noiseHighPass.SetSampleRate(processingRate);
+    noiseHighPass.SetFilterType(dsp::kFilterHighPass);
+    noiseHighPass.SetLength(kNoiseTaps);
+    noiseHighPass.SetLowCut(kNoiseEdge);
+}
+
+void COrvaPlugin::BuildInputDecimator() {
+    inputDecimator.SetSampleRate(inputSampleRate);
+    if (inputSampleRate != kWaveInRate && inputSampleRate != kReceiverRate) {
+        toolkit::PrintDebug("K728ORVA: Unsupported receiver sample rate.\n");
+    }
+    SetDecimatorRatio(inputSampleRate);
+    inputDecimator.SetFilterType(dsp::kFilterLowPass);
+    inputDecimator.SetLength(kDecimatorTaps);
+    inputDecimator.SetHighCut(kAudioEdge);
+}
+
+/// Lands on 16000 Hz for both live rates.
+void COrvaPlugin::SetDecimatorRatio(std::uint32_t rate) {
+    inputDecimator.SetRateRatio(1, rate == kWaveInRate ? 3 : 4);
+}
+
+void COrvaPlugin::BuildVoiceInterpolator() {
+    voiceInterpolator.SetSampleRate(kVoiceRate);
+    voiceInterpolator.SetRateRatio(2, 1);
+    voiceInterpolator.SetFilterType(dsp::kFilterLowPass);
+    voiceInterpolator.SetLength(kInterpolatorTaps);
+    voiceInterpolator.SetHighCut(kAudioEdge);
+}
+
+void COrvaPlugin::RebuildAudioFilter() {
+    audioFilter.SetSampleRate(audioSampleRate);
+    audioFilter.SetLength(static_cast<std::uint32_t>(afFilterLength));
+    audioFilter.SetSlope(afDeemphasis * kDbPerDeemphasis);
+    if (afLowpass == 0) {
+        audioFilter.SetFilterType(dsp::kFilterBandPass);
+        audioFilter.SetLowCut(afFreqLow);
+    } else {
+        audioFilter.SetFilterType(dsp::kFilterLowPass);
+    }
+    audioFilter.SetHighCut(afFreqHigh);
+    if (window) {
+        window->ShowAudioFilter(audioFilter);
+    }
+}
+
+// --- window and devices ------------------------------------------------------------------------------------
+
+void COrvaPlugin::MakeWindow() {
+    window = std::make_unique<ui::COrvaPluginWindow>();
+    windowHandle = window->Window();
+    window->SetOwner(this);
+    window->onInputBlock.Bind<&COrvaPlugin::OnInputBlockEvent>(this);
+    window->onRetryTimer.Bind<&COrvaPlugin::OnRetryTimerEvent>(this);
+    window->onDemodulationMode.Bind<&COrvaPlugin::OnDemodulationModeEvent>(this);
+    window->onAFFreqLow.Bind<&COrvaPlugin::OnAFFreqLowEvent>(this);
+    window->onAFFreqHigh.Bind<&COrvaPlugin::OnAFFreqHighEvent>(this);
+    window->onAFLowpass.Bind<&COrvaPlugin::OnAFLowpassEvent>(this);
+    window->onAFDeemphasis.Bind<&COrvaPlugin::OnAFDeemphasisEvent>(this);
+    window->onAFFilterLength.Bind<&COrvaPlugin::OnAFFilterLengthEvent>(this);
+    window->onAFEnabled.Bind<&COrvaPlugin::OnAFEnabledEvent>(this);
+    window->onSelectiveMask.Bind<&COrvaPlugin::OnSelectiveMaskEvent>(this);
+    window->onMuteEncrypted.Bind<&COrvaPlugin::OnMuteEncryptedEvent>(this);
+    window->onOrvaGain.Bind<&COrvaPlugin::OnOrvaGainEvent>(this);
+    window->onDestroy.Bind<&COrvaPlugin::OnWindowDestroyedEvent>(this);
+}
+
+void COrvaPlugin::MakeWaveIn() {
+    waveIn = std::make_unique<audio::CtbWaveIn>(kWaveInBuffers, kInputBlockSamples, *platform.waveIn);
+    waveIn->SetOwner(this);
+    waveIn->SetDevice(waveInDevice);
+}
+
+void COrvaPlugin::MakeWaveOut() {
+    waveOut = std::make_unique<audio::CtbWaveOut>(audioSampleRate, *platform.waveOut, *platform.deviceSetup);
+    waveOut->SetDataSource(this);
+    waveOut->SetPrebufferBlocks(kPrebufferBlocks);
+    waveOut->Start();
+}
+
+void COrvaPlugin::StartStream() {
+    constexpr double kReceiverFactor = 1.5;
+    if (window) {
+        window->ShowReceiverInput();
+    }
+    if (receiverLibrary.CodecStart != nullptr && !TryCodecStart() && window) {
+        window->StartRetryTimer();
+    }
+    scanSettleSamples = static_cast<std::int32_t>(scanSettleSamples * kReceiverFactor);
+}
+
+void COrvaPlugin::ShowError(const char* text) {
+    platform.showError(GetWindowHandle(), text, kErrorTitle);
+}
+
+void COrvaPlugin::OpenWaveInOrTell() {
+    if (waveIn && !waveIn->Open()) {
+        ShowError(kNoWaveIn);
+    }
+}
+
+void COrvaPlugin::SetWaveInDevice(std::uint32_t id) {
+    if (!waveIn) {
+        return;
+    }
+    const std::string name = waveIn->GetDeviceName(id);
+    if (name == waveInName) {
+        return;
+    }
+    waveInName = name;
+    waveIn->Stop();
+    toolkit::TmyApplication::ProcessPendingMessages();
+    waveIn->Close();
+    toolkit::TmyApplication::ProcessPendingMessages();
+    waveIn->SetDevice(id);
+    if (!receiverStreaming && startupDone) {
+        OpenWaveInOrTell();
+    }
+    waveInDevice = id;
+    if (window) {
+        window->ShowWaveInDevice(id);
+    }
+}
+
+void COrvaPlugin::SetWaveOutDevice(std::uint32_t id) {
+    if (!waveOut) {
+        return;
+    }
+    const std::string name = waveOut->GetDeviceName(id);
+    if (name == waveOutName) {
+        return;
+    }
+    waveOutName = name;
+    waveOutDevice = id;
+    waveOut->Stop();
+    toolkit::TmyApplication::ProcessPendingMessages();
+    waveOut->Close();
+    toolkit::TmyApplication::ProcessPendingMessages();
+    waveOut->SetDevice(id);
+    waveOut->Start();
+}
+
+// --- modes -------------------------------------------------------------------------------------------------
+
+void COrvaPlugin::SetProcessingRate(std::uint32_t rate, bool force) {
+    if (rate == processingRate && !force) {
+        return;
+    }
+    processingRate = rate;
+    if (window) {
+        window->SetSpectrumRate(rate);
+    }
+    demodulator.SetSampleRate(rate);
+    analogDemodulator.SetSampleRate(rate);
+    // The rate before the ratio: at the old ratio a lower rate pulls the edge down, and it stays there.
+    inputDecimator.SetSampleRate(rate);
+    if (rate != kWaveInRate && rate != kReceiverRate) {
+        toolkit::PrintDebug("K728ORVA: Unsupported sample rate: %u", rate);
+    }
+    SetDecimatorRatio(rate);
+    RebuildAudioFilter();
+    noiseHighPass.SetSampleRate(rate);
+}
+
+void COrvaPlugin::SetDemodulationMode(std::int32_t mode) {
+    const auto wanted = static_cast<DemodulationMode>(mode);
+    if (wanted == demodulationMode) {
+        return;
+    }
+    demodulationMode = wanted;
+    if (window) {
+        window->SetDemodulationMode(mode);
+    }
+    if (wanted == DemodulationMode::Fm) {
+        analogHoldoff = kHoldoffBlocks; // audio passes at once
+    }
+    PublishSquelchTypes(wanted != DemodulationMode::Digital);
+    if (waveOut) {
+        waveOut->RequestPrebuffer();
+    }
+    EvaluateSelectiveSquelch();
+    SendMode();
+}
+
+void COrvaPlugin::SetAFFreqLow(std::int32_t hertz) {
+    if (afFreqLow != hertz) {
+        afFreqLow = hertz;
+        RebuildAudioFilter();
+        if (window) {
+            window->ShowAudioFilter(audioFilter);
+        }
+    }
+}
+
+void COrvaPlugin::SetAFFreqHigh(std::int32_t hertz) {
+    if (afFreqHigh != hertz) {
+        afFreqHigh = hertz;
+        RebuildAudioFilter();
+        if (window) {
+            window->ShowAudioFilter(audioFilter);
+        }
+    }
+}
+
+void COrvaPlugin::SetAFLowpass(std::int32_t lowpass) {
+    if (afLowpass != lowpass) {
+        afLowpass = lowpass;
+        RebuildAudioFilter();
+    }
+}
+
+void COrvaPlugin::SetAFDeemphasis(std::int32_t tenthsOfDbPerOctave) {
+    if (afDeemphasis != tenthsOfDbPerOctave) {
+        afDeemphasis = tenthsOfDbPerOctave;
+        RebuildAudioFilter();
+    }
+}
+
+void COrvaPlugin::SetAFFilterLength(std::int32_t taps) {
+    if (afFilterLength != taps) {
+        afFilterLength = taps;
+        RebuildAudioFilter();
+    }
+}
+
+void COrvaPlugin::SetAFEnabled(std::int32_t enabled) {
+    if (afEnabled != enabled) {
+        afEnabled = enabled;
+        if (window) {
+            window->SetAFEnabled(enabled);
+        }
+    }
+}
+
+void COrvaPlugin::SetMuteEncrypted(std::int32_t mute) {
+    if (muteEncrypted != (mute != 0)) {
+        muteEncrypted = mute != 0;
+        if (window) {
+            window->ShowMuteEncrypted(muteEncrypted);
+        }
+    }
+}
+
+void COrvaPlugin::SetOrvaGain(std::int32_t decibels) {
+    decibels = std::clamp(decibels, -kMostGain, kMostGain);
+    if (orvaGain != decibels) {
+        orvaGain = decibels;
+        if (window) {
+            window->ShowOrvaGain(decibels);
+        }
+        orvaGainFactor = std::pow(10.0, orvaGain * kVoltageExponentPerDb);
+    }
+}
+
+void COrvaPlugin::SetVolume(std::int32_t volume) {
+    if (!waveOut || static_cast<std::int32_t>(waveOut->GetVolume()) == volume) {
+        return;
+    }
+    waveOut->SetVolume(volume);
+    const std::uint32_t taken = waveOut->GetVolume();
+    if (window) {
+        window->SetVolume(static_cast<std::int32_t>(taken));
+    }
+    CallHost(PluginCode::VolumeChanged, taken, 0, nullptr);
+}
+
+void COrvaPlugin::SetMute(std::int32_t isMuted) {
+    const bool muted = isMuted != 0;
+    if (waveOut) {
+        waveOut->SetMute(muted);
+    }
+    if (window) {
+        window->SetMuteDown(muted);
+    }
+    CallHost(PluginCode::MuteChanged, static_cast<std::uint32_t>(isMuted), 0, nullptr);
+}
+
+void COrvaPlugin::SetPower(bool isOn) {
+    decoderEnabled = isOn;
+    if (window) {
+        window->SetEnabled(decoderEnabled);
+    }
+}
+
+// --- events of the window ----------------------------------------------------------------------------------
+
+void COrvaPlugin::OnInputBlockEvent(toolkit::TmyControl* /*sender*/) {
+    ProcessNextInputBlock();
+}
+void COrvaPlugin::OnRetryTimerEvent(toolkit::TmyControl* /*sender*/) {
+    RetryCodecStart();
+}
+void COrvaPlugin::OnDemodulationModeEvent(toolkit::TmyControl* /*sender*/, std::int32_t mode) {
+    const Frame frame(*this);
+    SetDemodulationMode(mode);
+}
+
+void COrvaPlugin::OnSelectiveMaskEvent(toolkit::TmyControl* /*sender*/, std::int32_t value) {
+    const Frame frame(*this);
+    SetSelectiveSquelchMask(static_cast<std::uint32_t>(value));
+}
+
+// These never reach the host.
+void COrvaPlugin::OnAFFreqLowEvent(toolkit::TmyControl* /*sender*/, std::int32_t value) {
+    SetAFFreqLow(value);
+}
+void COrvaPlugin::OnAFFreqHighEvent(toolkit::TmyControl* /*sender*/, std::int32_t value) {
+    SetAFFreqHigh(value);
+}
+void COrvaPlugin::OnAFLowpassEvent(toolkit::TmyControl* /*sender*/, std::int32_t value) {
+    SetAFLowpass(value);
+}
+void COrvaPlugin::OnAFDeemphasisEvent(toolkit::TmyControl* /*sender*/, std::int32_t value) {
+    SetAFDeemphasis(value);
+}
+void COrvaPlugin::OnAFFilterLengthEvent(toolkit::TmyControl* /*sender*/, std::int32_t value) {
+    SetAFFilterLength(value);
+}
+void COrvaPlugin::OnAFEnabledEvent(toolkit::TmyControl* /*sender*/, std::int32_t value) {
+    SetAFEnabled(value);
+}
+void COrvaPlugin::OnMuteEncryptedEvent(toolkit::TmyControl* /*sender*/, std::int32_t value) {
+    SetMuteEncrypted(value);
+}
+void COrvaPlugin::OnOrvaGainEvent(toolkit::TmyControl* /*sender*/, std::int32_t value) {
+    SetOrvaGain(value);
+}
+
+/// The host destroyed the window, and it deletes itself; the instance lives on without one.
+void COrvaPlugin::OnWindowDestroyedEvent(toolkit::TmyControl* /*sender*/) {
+    windowHandle = nullptr;
+    static_cast<void>(window.release());
+}
+
+} // namespace orva::plugin
