@@ -60,12 +60,18 @@ COrvaPlugin::COrvaPlugin(std::uint32_t hostHandle, const ReceiverRecord* record,
     if (receiverStreaming) {
         StartStream();
     }
+    if (window) {
+        window->ListDevices();
+    }
     RebuildAudioFilter();
     ReadReceiverMemory(hostHandle);
 }
 
 COrvaPlugin::~COrvaPlugin() {
     closing = true;
+    // The devices let messages run while they close: a frame that such a message enters must not delete the
+    // instance once more.
+    destroyAfterwards = false;
     if (receiverStreaming) {
         receiverStreaming = false;
         receiverLibrary.CodecStop(receiverHandle);
@@ -194,6 +200,7 @@ void COrvaPlugin::SetWaveInDevice(std::uint32_t id) {
     if (!waveIn) {
         return;
     }
+    const Frame frame(*this); // the host may close the instance while messages run
     const std::string name = waveIn->GetDeviceName(id);
     if (name == waveInName) {
         return;
@@ -204,7 +211,8 @@ void COrvaPlugin::SetWaveInDevice(std::uint32_t id) {
     waveIn->Close();
     toolkit::TmyApplication::ProcessPendingMessages();
     waveIn->SetDevice(id);
-    if (!receiverStreaming && startupDone) {
+    waitingWaveInBuffers.Clear(); // the old device's; the new one gets the same memory
+    if (!receiverStreaming && startupDone && !closing) {
         OpenWaveInOrTell();
     }
     waveInDevice = id;
@@ -217,6 +225,7 @@ void COrvaPlugin::SetWaveOutDevice(std::uint32_t id) {
     if (!waveOut) {
         return;
     }
+    const Frame frame(*this);
     const std::string name = waveOut->GetDeviceName(id);
     if (name == waveOutName) {
         return;

@@ -137,6 +137,8 @@ COrvaPlugin::Frame::~Frame() {
 void COrvaPlugin::Destroy() {
     closing = true;
     if (frames > 0) {
+        // What is still under way further out must not tell the host anything after its last message.
+        hostCallback = nullptr;
         destroyAfterwards = true;
     } else {
         delete this;
