@@ -1,11 +1,13 @@
 /// The walk of one block of samples through all stages.
 
 #include "plugin/COrvaPlugin.h"
+#include "toolkit/Trace.h"
 #include "ui/COrvaPluginWindow.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <exception>
 
 namespace orva::plugin {
 
@@ -25,10 +27,8 @@ constexpr std::uint32_t kVoiceSquelch = 0x100;
 constexpr std::uint32_t kSpectrumLive = 2;
 constexpr std::uint32_t kSpectrumMirrored = 4;
 
-constexpr std::uint32_t kOfferParam = 3;
 constexpr std::uint32_t kOfferBits = 16;
 constexpr std::uint32_t kOfferChannels = 1;
-constexpr std::uint32_t kOfferExtraBytes = 19;
 
 } // namespace
 
@@ -41,7 +41,13 @@ bool COrvaPlugin::ProcessData(const std::int16_t* samples, std::uint32_t count) 
     }
     const Frame frame(*this);
     walking = true;
-    const bool done = Walk(samples, count);
+    bool done = false;
+    try {
+        done = Walk(samples, count);
+    } catch (const std::exception& error) {
+        // The block is lost, but neither its buffer nor the blocks that wait for it.
+        toolkit::PrintDebug("ORVA: a block of samples was dropped: %s\n", error.what());
+    }
     walking = false;
     return done;
 }
@@ -289,7 +295,7 @@ bool COrvaPlugin::CutIntoAudioBlocks(const std::int16_t* samples, std::uint32_t 
 /// Lets the host hear, and change, the audio.
 void COrvaPlugin::OfferAudioToHost(dsp::CtbSampleBlock* block) {
     const std::uint32_t sampleBytes = block->Capacity() * static_cast<std::uint32_t>(sizeof(std::int16_t));
-    const std::uint32_t size = sampleBytes + kOfferExtraBytes;
+    const std::uint32_t size = AudioOfferSize(block->Capacity());
     char* buffer = hostAudioBuffer.Acquire(size);
     if (buffer == nullptr) {
         return;
@@ -298,7 +304,7 @@ void COrvaPlugin::OfferAudioToHost(dsp::CtbSampleBlock* block) {
     std::memcpy(buffer, &head, sizeof head);
     std::memcpy(buffer + sizeof head, block->Data(), sampleBytes);
     std::memset(buffer + sizeof head + sampleBytes, 0, size - sizeof head - sampleBytes);
-    CallHost(PluginCode::AudioOffer, kOfferParam, size, buffer);
+    CallHost(PluginCode::AudioOffer, kAudioOfferParam, size, buffer);
     std::memcpy(block->Data(), buffer + sizeof head, sampleBytes);
 }
 

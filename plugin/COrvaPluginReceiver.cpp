@@ -51,6 +51,10 @@ bool COrvaPlugin::ConnectReceiver(std::uint32_t handle) {
         block.Acquire(kInputBlockSamples); // zeroed
         freeInputBlocks.Push(&block);
     }
+    // The queue takes its room here: the reader allocates nothing.
+    dsp::CtbSampleBlock* first = nullptr;
+    filledInputBlocks.Push(first);
+    filledInputBlocks.Pop(first);
     InitializeCriticalSection(&inputLock.emplace());
     receiverHandle = handle;
     inputSampleRate = kReceiverRate;
@@ -76,6 +80,9 @@ bool COrvaPlugin::TryCodecStart() {
 
 void COrvaPlugin::RetryCodecStart() {
     const Frame frame(*this);
+    if (closing) {
+        return;
+    }
     if (receiverStreaming && receiverLibrary.CodecStart != nullptr && !TryCodecStart()) {
         return; // at the next tick again
     }
@@ -160,7 +167,9 @@ void COrvaPlugin::ReadAvailableSamples() {
                     filledInputBlocks.Push(fillingInputBlock);
                 }
                 fillingInputBlock = nullptr;
-                PostMessageA(windowHandle, kInputBlockMessage, 0, 0);
+                if (const HWND receiver = windowHandle; receiver != nullptr) {
+                    PostMessageA(receiver, kInputBlockMessage, 0, 0);
+                }
             }
             inputBlockFill = 0;
         }

@@ -190,7 +190,9 @@ bool COrvaPlugin::IsSettling(std::uint32_t extraSamples) const {
            std::int64_t{scanSampleCount} <= std::int64_t{scanSettleSamples} + extraSamples;
 }
 
+/// The one answer for this channel.
 void COrvaPlugin::SendSquelchResult(std::uint32_t result, SquelchValues values) {
+    // First: a host that tunes to the next channel from inside this call asks anew.
     m_bScanningSquelchSent = true;
     CallHost(PluginCode::SquelchResult, result, sizeof values, &values);
 }
@@ -274,10 +276,7 @@ void COrvaPlugin::EvaluateVoiceSquelch(const std::int16_t* samples, std::uint32_
     }
     SquelchValues values{};
     values.voice = static_cast<std::int32_t>(voiceDetector.voiceMeasure * kPercent);
-    if (hostCallback != nullptr) {
-        SendSquelchResult(voiceDetector.result == squelch::kVoiceSpeech ? squelch_type::kVoice : 0, values);
-    }
-    m_bScanningSquelchSent = true;
+    SendSquelchResult(voiceDetector.result == squelch::kVoiceSpeech ? squelch_type::kVoice : 0, values);
 }
 
 } // namespace orva::plugin

@@ -72,6 +72,13 @@ void COrvaPluginWindow::OnTimer(UINT_PTR id) {
     }
 }
 
+void COrvaPluginWindow::SetEnabled(bool enabled) {
+    if (spectrum != nullptr) {
+        spectrum->SetEnabled(enabled);
+    }
+    TmyComponent::SetEnabled(enabled);
+}
+
 void COrvaPluginWindow::StartRetryTimer() {
     retryTimer = SetTimer(Window(), kRetryTimer, kRetryInterval, nullptr);
 }
@@ -196,6 +203,12 @@ void COrvaPluginWindow::SetAFEnabled(std::int32_t enabled) {
     afEnabledShown = enabled;
     if (setupDialog != nullptr) {
         setupDialog->ShowAudioFilterEnabled(enabled != 0);
+    }
+}
+
+void COrvaPluginWindow::ListDevices() {
+    if (setupDialog != nullptr) {
+        setupDialog->ListDevices();
     }
 }
 

@@ -26,6 +26,7 @@ public:
 
     LRESULT WndProc(UINT message, WPARAM wParam, LPARAM lParam) override;
     void OnTimer(UINT_PTR id) override;
+    void SetEnabled(bool enabled) override; ///< the spectrum first
 
     /// The instance that the window belongs to; not owned.
     void SetOwner(IPluginWindowOwner* instance) { owner = instance; }
@@ -57,6 +58,7 @@ public:
     void SetMuteDown(bool down) { muteDown = down; }
     [[nodiscard]] bool GetMuteDown() const { return muteDown; }
     void SetAFEnabled(std::int32_t enabled);
+    void ListDevices();
     void ShowReceiverInput();
     void ShowWaveInDevice(std::uint32_t id);
     void ShowMuteEncrypted(bool mute);
@@ -88,7 +90,7 @@ private:
     std::int32_t demodulationModeShown = 0;
     std::uint32_t selectiveMaskShown = 0;
     std::int32_t afEnabledShown = 0;
-    std::int32_t volume = 0;
+    std::int32_t volume = 8;
     bool muteDown = false;
     UINT_PTR retryTimer = 0; ///< 0: not running
 };

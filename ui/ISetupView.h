@@ -13,6 +13,7 @@ namespace orva::ui {
 class ISetupView {
 public:
     virtual ~ISetupView() = default;
+    virtual void ListDevices() = 0;       ///< of the machine, anew
     virtual void ShowReceiverInput() = 0; ///< the input is the receiver, not a sound card
     virtual void ShowWaveInDevice(std::uint32_t id) = 0;
     virtual void ShowMuteEncrypted(bool mute) = 0;

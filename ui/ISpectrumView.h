@@ -16,6 +16,7 @@ public:
     /// Correction of the receiver's filter, `count` values around 0.
     virtual void SetShape(const std::int8_t* values, std::uint32_t count) = 0;
     virtual void SetSquelched(bool squelched) = 0;
+    virtual void SetEnabled(bool enabled) = 0;
 };
 
 } // namespace orva::ui
