@@ -1,0 +1,95 @@
+#include "tests/plugin/PluginFixture.h"
+
+#include <algorithm>
+
+namespace orva::test {
+
+namespace {
+
+PluginFixture* fixture = nullptr;
+
+} // namespace
+
+PluginFixture::PluginFixture()
+    : entries({&PluginFixture::MakeInstance, &PluginFixture::Pump, &PluginFixture::PostDeferredStart}),
+      platform{&waveOut.Platform(), &waveIn.Platform(), &card.Platform(), FakeReceiverLibrary::Platform(),
+               &PluginFixture::ShowError} {
+    fixture = this;
+}
+
+PluginFixture::~PluginFixture() {
+    host.onCall = nullptr;
+    if (IsRunning()) {
+        Close();
+    }
+    Pump(); // nothing of this test may reach the next one
+    fixture = nullptr;
+}
+
+plugin::IPluginInstance* PluginFixture::MakeInstance(std::uint32_t hostHandle,
+                                                     plugin::ReceiverRecord* given) {
+    fixture->instance = new plugin::COrvaPlugin(hostHandle, given, fixture->platform);
+    fixture->window = fixture->instance->GetWindowHandle();
+    return fixture->instance;
+}
+
+void PluginFixture::PostDeferredStart(plugin::WindowHandle target) {
+    PostMessageA(target, plugin::kDeferredStartMessage, 0, 0);
+}
+
+void PluginFixture::ShowError(HWND owner, const char* text, const char* title) {
+    EXPECT_EQ(owner, fixture->window);
+    fixture->errors.push_back(std::string(title) + ": " + text);
+    if (fixture->onError) {
+        fixture->onError();
+    }
+}
+
+void PluginFixture::StartWithWaveInput() {
+    record.SetText(44, "OTHER receiver", 32);
+    Start(record.Record());
+    Pump();
+    host.Clear();
+    log.Clear();
+}
+
+void PluginFixture::StartWithReceiver() {
+    library.isPresent = true;
+    record.SetText(44, "K7USB receiver", 32);
+    Start(record.Record());
+    Pump();
+    host.Clear();
+    log.Clear();
+}
+
+void PluginFixture::Start(plugin::ReceiverRecord* given, std::uint32_t handle) {
+    const std::uint32_t started = entries.Start(handle, given, FakeHost::Callback());
+    ASSERT_NE(instance, nullptr);
+    ASSERT_NE(window, nullptr) << "is there a display?";
+    ASSERT_EQ(started, Address32(window));
+}
+
+void PluginFixture::Pump() {
+    MSG message;
+    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
+        TranslateMessage(&message);
+        DispatchMessageA(&message);
+    }
+}
+
+void PluginFixture::Process(std::span<const std::int16_t> samples, std::uint32_t blockSize) {
+    for (std::size_t begin = 0; begin + blockSize <= samples.size(); begin += blockSize) {
+        Plugin().ProcessData(samples.data() + begin, blockSize);
+        waveOut.FinishAllBlocks();
+    }
+}
+
+std::vector<std::int16_t> PluginFixture::Played() const {
+    std::vector<std::int16_t> samples;
+    for (const FakeWaveOut::Block& block : waveOut.played) {
+        samples.insert(samples.end(), block.samples.begin(), block.samples.end());
+    }
+    return samples;
+}
+
+} // namespace orva::test
