@@ -81,6 +81,8 @@ public:
     toolkit::TmyEvent<std::int32_t> onOrvaGain;
 
 private:
+    friend struct COrvaPluginWindowInspector;
+
     void Refresh();
 
     IPluginWindowOwner* owner = nullptr;

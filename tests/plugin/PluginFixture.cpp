@@ -11,9 +11,9 @@ PluginFixture* fixture = nullptr;
 } // namespace
 
 PluginFixture::PluginFixture()
-    : entries({&PluginFixture::MakeInstance, &PluginFixture::Pump, &PluginFixture::PostDeferredStart}),
-      platform{&waveOut.Platform(), &waveIn.Platform(), &card.Platform(), FakeReceiverLibrary::Platform(),
-               &PluginFixture::ShowError} {
+    : platform{&waveOut.Platform(), &waveIn.Platform(), &card.Platform(), FakeReceiverLibrary::Platform(),
+               &PluginFixture::ShowError},
+      entries({&PluginFixture::MakeInstance, &PluginFixture::Pump, &PluginFixture::PostDeferredStart}) {
     fixture = this;
 }
 

@@ -64,6 +64,7 @@ protected:
     FakeReceiverLibrary library{log};
     FakeHost host;
     RecordBuilder record{0};
+    plugin::PluginPlatform platform;
     plugin::EntryPoints entries;
     plugin::COrvaPlugin* instance = nullptr; ///< the last one started
     HWND window = nullptr;                   ///< its window
@@ -74,8 +75,6 @@ private:
     static plugin::IPluginInstance* MakeInstance(std::uint32_t hostHandle, plugin::ReceiverRecord* given);
     static void PostDeferredStart(plugin::WindowHandle target);
     static void ShowError(HWND owner, const char* text, const char* title);
-
-    plugin::PluginPlatform platform;
 };
 
 } // namespace orva::test

@@ -1,0 +1,511 @@
+// The selective squelch, and the host's squelch inside its scanner and outside.
+#include "tests/plugin/PluginFixture.h"
+#include "tests/plugin/PluginSignals.h"
+#include "tests/plugin/WindowViews.h"
+#include "tests/support/DcsEncoder.h"
+#include "tests/support/ToneSource.h"
+#include "tests/support/VoiceLikeNoise.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+namespace orva::plugin {
+
+namespace {
+
+using Samples = std::vector<std::int16_t>;
+
+constexpr std::uint32_t kBlock = 2400;
+
+class PluginSquelch : public test::PluginFixture, public testing::WithParamInterface<int> {
+protected:
+    static int Rate() { return GetParam(); }
+
+    void StartAtRate() {
+        if (Rate() == 48000) {
+            StartWithWaveInput();
+        } else {
+            StartWithReceiver();
+        }
+    }
+    void SetUpType(std::uint32_t type, const SquelchValues& values) {
+        SquelchValues copy = values;
+        Notify(2817, type, sizeof copy, &copy);
+    }
+    /// Lets the host scan, and tunes.
+    void Scan() {
+        Notify(3840, 1);
+        Notify(2048, 155000000);
+    }
+    static SquelchValues ValuesOf(const test::FakeHost::Call& call) {
+        SquelchValues values{};
+        EXPECT_EQ(call.size, sizeof values);
+        std::memcpy(&values, call.bytes.data(), sizeof values);
+        return values;
+    }
+    /// Blocks until the first answer, that of the answer included; 0 without one.
+    int BlocksToAnswer(const Samples& signal, std::size_t blockSize = kBlock) {
+        int blocks = 0;
+        for (std::size_t i = 0; i + blockSize <= signal.size(); i += blockSize) {
+            ++blocks;
+            Plugin().ProcessData(signal.data() + i, static_cast<std::uint32_t>(blockSize));
+            waveOut.FinishAllBlocks();
+            if (!host.Of(2818).empty()) {
+                return blocks;
+            }
+        }
+        return 0;
+    }
+    /// The one answer to a whole signal.
+    test::FakeHost::Call Answer(const Samples& signal) {
+        host.Clear();
+        Process(signal);
+        const auto answers = host.Of(2818);
+        EXPECT_EQ(answers.size(), 1U);
+        return answers.empty() ? test::FakeHost::Call{} : answers[0];
+    }
+    Samples ToneCarrier(double seconds, double hz) const {
+        test::ToneSource tone(hz, Rate());
+        return test::FmSignal(
+            Rate(), seconds, [&] { return 0.2 * tone.Next(); }, 20.0);
+    }
+    Samples CodeCarrier(double seconds, unsigned code, bool isInverted) const {
+        test::DcsEncoder encoder(code, isInverted, Rate());
+        return test::FmSignal(
+            Rate(), seconds, [&] { return 0.2 * encoder.NextLevel(); }, 20.0);
+    }
+    Samples Speech(double seconds, std::uint64_t seed) const {
+        test::VoiceLikeNoise voice({.sampleRate = Rate(), .seed = seed});
+        return test::FmSignal(
+            Rate(), seconds, [&] { return voice.Next(); }, 20.0);
+    }
+};
+
+constexpr double kLong = 2.0;  // [s]
+constexpr unsigned kCode = 19; // 023 in octal
+
+} // namespace
+
+// --- selective squelch -------------------------------------------------------------------------------------
+
+TEST_P(PluginSquelch, EachIdentifierClosesWhenItDiffers) {
+    StartAtRate();
+    const COrvaPluginInspector inside = Inside();
+    struct Comparison {
+        std::uint32_t bit;
+        std::int32_t& current;
+    };
+    for (const Comparison& comparison :
+         {Comparison{1, inside.CurrentNac()}, Comparison{2, inside.CurrentTgid()},
+          Comparison{4, inside.CurrentSid()}, Comparison{8, inside.CurrentDid()}}) {
+        Plugin().SetSelectiveSquelchMask(comparison.bit);
+        comparison.current = 100;
+        Plugin().SetSelectiveSquelchValue(comparison.bit, 100);
+        EXPECT_EQ(inside.SquelchBits(), 0U) << comparison.bit;
+        Plugin().SetSelectiveSquelchValue(comparison.bit, 101);
+        EXPECT_EQ(inside.SquelchBits(), 2U) << comparison.bit;
+        comparison.current = -1;
+        Plugin().SetSelectiveSquelchValue(comparison.bit, 100);
+        EXPECT_EQ(inside.SquelchBits(), 2U) << "no frame is current";
+    }
+    Plugin().SetSelectiveSquelchMask(0);
+    EXPECT_EQ(inside.SquelchBits(), 0U);
+}
+
+TEST_P(PluginSquelch, TheErrorRateClosesAboveAWholePercent) {
+    StartAtRate();
+    Plugin().SetSelectiveSquelchMask(16);
+    const auto bitsAt = [&](std::int32_t tenths) {
+        Inside().CurrentBer() = tenths;
+        Inside().EvaluateSelectiveSquelch();
+        return Inside().SquelchBits();
+    };
+    EXPECT_EQ(bitsAt(0), 0U);
+    EXPECT_EQ(bitsAt(1), 2U) << "0 closes on any";
+    Plugin().SetSelectiveSquelchValue(16, 3);
+    EXPECT_EQ(bitsAt(30), 0U);
+    EXPECT_EQ(bitsAt(31), 2U);
+    EXPECT_EQ(bitsAt(-1), 2U) << "compared as unsigned";
+}
+
+TEST_P(PluginSquelch, AnyOfSeveralComparisonsCloses) {
+    StartAtRate();
+    Plugin().SetSelectiveSquelchMask(1 | 2);
+    Inside().CurrentNac() = 5;
+    Inside().CurrentTgid() = 6;
+    Plugin().SetSelectiveSquelchValue(1, 5);
+    EXPECT_EQ(Inside().SquelchBits(), 2U);
+    Plugin().SetSelectiveSquelchValue(2, 6);
+    EXPECT_EQ(Inside().SquelchBits(), 0U);
+}
+
+TEST_P(PluginSquelch, FmModeHasNoSelectiveSquelch) {
+    StartAtRate();
+    Plugin().SetSelectiveSquelchMask(1);
+    EXPECT_EQ(Inside().SquelchBits(), 2U) << "no call, so the code differs";
+    Notify(2304, 2);
+    EXPECT_EQ(Inside().SquelchBits(), 0U);
+    Process(test::FmTone(Rate(), 0.3));
+    EXPECT_EQ(Inside().SquelchBits(), 0U);
+    Notify(2304, 19);
+    EXPECT_EQ(Inside().SquelchBits(), 2U);
+}
+
+TEST_P(PluginSquelch, WithASelectionFmAudioIsSilentInAutoToo) {
+    StartAtRate();
+    Plugin().SetSelectiveSquelchMask(2);
+    Process(test::FmTone(Rate(), 2.0));
+    const Samples played = Played();
+    ASSERT_FALSE(played.empty());
+    EXPECT_EQ(std::count(played.begin(), played.end(), 0), static_cast<std::ptrdiff_t>(played.size()));
+}
+
+TEST_P(PluginSquelch, OnlyAChangedValueIsEvaluated) {
+    StartAtRate();
+    Plugin().SetSelectiveSquelchMask(1);
+    Plugin().SetSelectiveSquelchValue(1, 7);
+    Inside().SquelchBits() = 0;
+    Plugin().SetSelectiveSquelchValue(1, 7);
+    EXPECT_EQ(Inside().SquelchBits(), 0U);
+    Plugin().SetSelectiveSquelchMask(1);
+    EXPECT_EQ(Inside().SquelchBits(), 0U);
+    Plugin().SetSelectiveSquelchValue(32, 7);
+    EXPECT_EQ(Inside().SquelchBits(), 2U) << "an unknown bit stores nothing and evaluates all the same";
+}
+
+TEST_P(PluginSquelch, TheHostsOpenSquelchTakesTheSelectionsBitUntilTheNextBlock) {
+    StartAtRate();
+    Plugin().SetSelectiveSquelchMask(1);
+    Notify(2818, 1);
+    EXPECT_EQ(Inside().SquelchBits(), 3U);
+    Notify(2818, 0);
+    EXPECT_EQ(Inside().SquelchBits(), 0U);
+    Process(test::Noise(Rate(), 0.1));
+    EXPECT_EQ(Inside().SquelchBits(), 2U);
+}
+
+// --- the scanner -------------------------------------------------------------------------------------------
+
+TEST_P(PluginSquelch, TheAnswersComeAfterTheirWaits) {
+    StartAtRate();
+    struct Wait {
+        std::uint32_t type;
+        int blocksAt48000;
+        int blocksAt64000;
+    };
+    // The count begins at 1 and grows by 2400 a block; the answer comes with the first block that finds it
+    // above 1536 and 2304, with a second more for a tone, half of one for a code and for voice.
+    for (const Wait& wait : {Wait{2, 2, 2}, Wait{4, 22, 29}, Wait{512, 12, 16}, Wait{256, 12, 16}}) {
+        SetUpType(wait.type, {});
+        Scan();
+        host.Clear();
+        EXPECT_EQ(BlocksToAnswer(test::Carrier(Rate(), kLong)),
+                  Rate() == 48000 ? wait.blocksAt48000 : wait.blocksAt64000)
+            << wait.type;
+    }
+}
+
+TEST_P(PluginSquelch, TheSettlingTimeIsCountedInSamples) {
+    StartAtRate();
+    SetUpType(2, {});
+    Scan();
+    // 1 + 100 n above 1536 and 2304: n is 16 and 24, and the next block is looked at.
+    EXPECT_EQ(BlocksToAnswer(test::Carrier(Rate(), 0.2), 100), Rate() == 48000 ? 17 : 25);
+}
+
+TEST_P(PluginSquelch, AChannelGetsOneAnswer) {
+    StartAtRate();
+    SetUpType(2, {.level = 0, .noise = 50, .ctcss = 0, .reserved = {}, .voice = 0, .dcs = 0});
+    Scan();
+    const Samples carrier = test::Carrier(Rate(), kLong);
+    EXPECT_EQ(Answer(carrier).param, 2U);
+    host.Clear();
+    Process(carrier);
+    EXPECT_TRUE(host.calls.empty());
+    Notify(2048, 155012500);
+    EXPECT_EQ(Answer(carrier).param, 2U);
+    Notify(3840, 1);
+    EXPECT_EQ(Answer(carrier).param, 2U);
+}
+
+TEST_P(PluginSquelch, AnAnsweredChannelCostsNothing) {
+    StartAtRate();
+    SetUpType(2, {});
+    Scan();
+    const Samples carrier = test::Carrier(Rate(), kLong);
+    Process(carrier);
+    std::fill_n(Inside().FloatSamples().Data(), kBlock, 7.0F);
+    const std::int32_t count = Inside().ScanSampleCount();
+    EXPECT_TRUE(Plugin().ProcessData(carrier.data(), kBlock));
+    EXPECT_EQ(Inside().FloatSamples()[0], 7.0F);
+    EXPECT_EQ(Inside().ScanSampleCount(), count);
+}
+
+TEST_P(PluginSquelch, TheScannerPlaysAndDecodesNothing) {
+    StartAtRate();
+    SetUpType(2, {});
+    Scan();
+    host.Clear();
+    Process(test::CallSignal(Rate()));
+    EXPECT_TRUE(Played().empty());
+    EXPECT_EQ(Inside().FrameDecoder().GetNetworkAccessCode(), -1);
+    EXPECT_EQ(host.Codes(), std::vector<std::int32_t>{2818});
+}
+
+TEST_P(PluginSquelch, NoiseIsAnsweredByTheThreshold) {
+    StartAtRate();
+    SetUpType(2, {.level = 0, .noise = 20, .ctcss = 0, .reserved = {}, .voice = 0, .dcs = 0});
+    Scan();
+    const auto carrier = Answer(test::Carrier(Rate(), kLong));
+    EXPECT_EQ(carrier.param, 2U);
+    EXPECT_LT(ValuesOf(carrier).noise, 20);
+    Notify(2048, 1);
+    const auto noise = Answer(test::Noise(Rate(), kLong));
+    EXPECT_EQ(noise.param, 0U);
+    const SquelchValues measured = ValuesOf(noise);
+    EXPECT_GT(measured.noise, 20);
+    EXPECT_LE(measured.noise, 99);
+    EXPECT_EQ(measured.level | measured.ctcss | measured.voice | measured.dcs, 0);
+    // The threshold itself is a shut squelch.
+    SetUpType(2, {.level = 0, .noise = measured.noise, .ctcss = 0, .reserved = {}, .voice = 0, .dcs = 0});
+    Notify(2048, 1);
+    const auto equal = Answer(test::Noise(Rate(), kLong));
+    EXPECT_EQ(equal.param == 0, ValuesOf(equal).noise >= measured.noise);
+}
+
+TEST_P(PluginSquelch, ATypeOf3IsNoise) {
+    StartAtRate();
+    SetUpType(3, {.level = 0, .noise = 50, .ctcss = 0, .reserved = {}, .voice = 0, .dcs = 0});
+    Scan();
+    EXPECT_EQ(Answer(test::Carrier(Rate(), kLong)).param, 2U);
+}
+
+TEST_P(PluginSquelch, ATypeOf6IsNoTypeAtAll) {
+    StartAtRate();
+    for (const std::uint32_t type : {6U, 0U, 1U, 0x202U, 8U}) {
+        SetUpType(type, {});
+        Scan();
+        host.Clear();
+        Process(test::Carrier(Rate(), kLong));
+        EXPECT_TRUE(host.calls.empty()) << type;
+    }
+}
+
+TEST_P(PluginSquelch, ATypeOf0x102TestsVoiceAlone) {
+    StartAtRate();
+    SetUpType(0x102, {.level = 0, .noise = 50, .ctcss = 0, .reserved = {}, .voice = 50, .dcs = 0});
+    Scan();
+    const auto answer = Answer(test::Carrier(Rate(), kLong));
+    EXPECT_EQ(answer.param, 0U);
+    EXPECT_EQ(ValuesOf(answer).noise, 0);
+}
+
+TEST_P(PluginSquelch, TonesAreTold) {
+    StartAtRate();
+    SetUpType(4, {.level = 0, .noise = 0, .ctcss = 100000, .reserved = {}, .voice = 0, .dcs = 0});
+    Scan();
+    const auto right = Answer(ToneCarrier(kLong, 100.0));
+    EXPECT_EQ(right.param, 4U);
+    EXPECT_EQ(ValuesOf(right).ctcss, 100000);
+    Notify(2048, 1);
+    const auto wrong = Answer(ToneCarrier(kLong, 123.0));
+    EXPECT_EQ(wrong.param, 0U);
+    EXPECT_EQ(ValuesOf(wrong).ctcss, 123000);
+    Notify(2048, 1);
+    const auto none = Answer(test::Carrier(Rate(), kLong));
+    EXPECT_EQ(none.param, 0U);
+    EXPECT_EQ(ValuesOf(none).ctcss, 0);
+}
+
+TEST_P(PluginSquelch, CodesAreTold) {
+    StartAtRate();
+    const auto answerFor = [&](std::int32_t wanted, bool isInverted) {
+        SetUpType(512, {.level = 0, .noise = 0, .ctcss = 0, .reserved = {}, .voice = 0, .dcs = wanted});
+        Scan();
+        return Answer(CodeCarrier(kLong, kCode, isInverted));
+    };
+    const auto right = answerFor(kCode, false);
+    EXPECT_EQ(right.param, 512U);
+    EXPECT_EQ(ValuesOf(right).dcs, static_cast<std::int32_t>(kCode));
+    const auto wrong = answerFor(kCode + 2, false);
+    EXPECT_EQ(wrong.param, 0U);
+    EXPECT_EQ(ValuesOf(wrong).dcs, 0);
+    const auto inverted = answerFor(-static_cast<std::int32_t>(kCode), true);
+    EXPECT_EQ(inverted.param, 512U);
+    EXPECT_EQ(ValuesOf(inverted).dcs, -static_cast<std::int32_t>(kCode));
+    EXPECT_EQ(answerFor(-static_cast<std::int32_t>(kCode), false).param, 0U);
+    EXPECT_EQ(answerFor(kCode, true).param, 0U);
+}
+
+TEST_P(PluginSquelch, VoiceIsTold) {
+    for (const std::int32_t filter : {0, 1}) {
+        StartAtRate();
+        Plugin().SetAFEnabled(filter);
+        SetUpType(256, {.level = 0, .noise = 0, .ctcss = 0, .reserved = {}, .voice = 50, .dcs = 0});
+        Scan();
+        const auto carrier = Answer(test::FmTone(Rate(), kLong));
+        EXPECT_EQ(carrier.param, 0U);
+        EXPECT_LT(ValuesOf(carrier).voice, 50);
+        int heard = 0;
+        for (unsigned channel = 0; channel < 10; ++channel) {
+            Notify(2048, 1);
+            const auto speech = Answer(Speech(kLong, channel + 1));
+            EXPECT_EQ(speech.param == 256, ValuesOf(speech).voice >= 50) << "by the threshold alone";
+            heard += speech.param == 256 ? 1 : 0;
+        }
+        EXPECT_GE(heard, 1) << "half a second may fall on a vowel or a pause";
+        Close();
+        Pump();
+    }
+}
+
+TEST_P(PluginSquelch, ARetuneFromInsideTheAnswerAsksAnew) {
+    StartAtRate();
+    for (const std::uint32_t type : {2U, 4U, 256U, 512U}) {
+        SetUpType(type, {});
+        Scan();
+        host.Clear();
+        int answers = 0;
+        host.onCall = [&](const test::FakeHost::Call& call, void*) {
+            if (call.code == 2818 && ++answers == 1) {
+                Notify(2048, 155025000);
+            }
+        };
+        Process(test::Carrier(Rate(), 3.5));
+        host.onCall = nullptr;
+        EXPECT_EQ(answers, 2) << type;
+    }
+}
+
+TEST_P(PluginSquelch, ScannerCodesSetTheCount) {
+    StartAtRate();
+    SetUpType(2, {});
+    Notify(2048, 1);
+    EXPECT_EQ(Inside().ScanSampleCount(), 0);
+    EXPECT_EQ(Inside().SkipInputSamples(), static_cast<std::uint32_t>(Rate()) / 20);
+    Inside().SkipInputSamples() = 0;
+    Notify(3840, 1);
+    EXPECT_EQ(Inside().ScanSampleCount(), 1);
+    Inside().ScanSampleCount() = 99;
+    Inside().ScanningSquelchSent() = true;
+    Notify(2048, 1);
+    EXPECT_EQ(Inside().ScanSampleCount(), 1);
+    EXPECT_FALSE(Inside().ScanningSquelchSent());
+    EXPECT_EQ(Inside().SkipInputSamples(), 0U) << "while scanning nothing is skipped";
+    Notify(3840, 0);
+    EXPECT_EQ(Inside().ScanSampleCount(), 0);
+}
+
+TEST_P(PluginSquelch, AQueriedScannerAnswersFromTheNextCodeOn) {
+    host.queries[3840] = 1;
+    StartAtRate();
+    ASSERT_TRUE(Inside().ScannerActive());
+    SetUpType(2, {});
+    host.Clear();
+    const Samples carrier = test::Carrier(Rate(), 0.5);
+    Process(carrier);
+    EXPECT_TRUE(host.calls.empty());
+    Notify(2048, 1);
+    EXPECT_EQ(Answer(carrier).code, 2818);
+}
+
+TEST_P(PluginSquelch, TheCountStopsAtTheTop) {
+    StartAtRate();
+    SetUpType(4, {});
+    Scan();
+    Inside().ScanSettleSamples() = std::numeric_limits<std::int32_t>::max();
+    Inside().ScanSampleCount() = std::numeric_limits<std::int32_t>::max() - 100;
+    host.Clear();
+    Process(test::Carrier(Rate(), 0.2));
+    EXPECT_EQ(Inside().ScanSampleCount(), std::numeric_limits<std::int32_t>::max());
+    EXPECT_TRUE(host.calls.empty());
+}
+
+TEST_P(PluginSquelch, NoSamplesAreNotEvaluated) {
+    StartAtRate();
+    SetUpType(2, {});
+    std::int16_t sample = 0;
+    Inside().EvaluateHostSquelch(nullptr, 1);
+    Inside().EvaluateHostSquelch(&sample, 0);
+    Inside().EvaluateVoiceSquelch(nullptr, 1);
+    Inside().EvaluateVoiceSquelch(&sample, 0);
+    EXPECT_TRUE(host.calls.empty());
+    Inside().EvaluateHostSquelch(&sample, 1);
+    EXPECT_EQ(host.calls.size(), 1U);
+}
+
+// --- outside of the scanner --------------------------------------------------------------------------------
+
+TEST_P(PluginSquelch, OutsideEachFmBlockIsAnswered) {
+    StartAtRate();
+    Notify(2304, 2);
+    for (const std::uint32_t type : {2U, 4U, 256U, 512U}) {
+        SetUpType(type, {});
+        host.Clear();
+        Process(test::Carrier(Rate(), 1.0));
+        const auto blocks = static_cast<std::size_t>(Rate()) / kBlock;
+        EXPECT_EQ(host.Of(2818).size(), blocks) << type;
+    }
+}
+
+TEST_P(PluginSquelch, OutsideTheNoiseLevelIsSmoothed) {
+    StartAtRate();
+    Notify(2304, 2);
+    SetUpType(2, {.level = 0, .noise = 99, .ctcss = 0, .reserved = {}, .voice = 0, .dcs = 0});
+    host.Clear();
+    Process(test::Noise(Rate(), 0.5));
+    const auto answers = host.Of(2818);
+    ASSERT_GE(answers.size(), 8U);
+    for (std::size_t i = 1; i < 8; ++i) {
+        EXPECT_GT(ValuesOf(answers[i]).noise, ValuesOf(answers[i - 1]).noise) << "15 % of the way a block";
+    }
+}
+
+TEST_P(PluginSquelch, OutsideTheDetectorsKeepTheInputsRate) {
+    // The audio comes at 16000, the tone detector is told the input's rate: 100 Hz is taken for three or four
+    // times as much, here for a tone of the table.
+    StartAtRate();
+    Notify(2304, 2);
+    SetUpType(4, {});
+    host.Clear();
+    const double factor = Rate() / 16000.0;
+    const double shown = Rate() == 48000 ? 203.5 : 250.3;
+    Process(ToneCarrier(4.0 * factor, shown / factor));
+    const auto answers = host.Of(2818);
+    ASSERT_FALSE(answers.empty());
+    EXPECT_NEAR(ValuesOf(answers.back()).ctcss, shown * 1000.0, 1.0);
+}
+
+TEST_P(PluginSquelch, OutsideACodeFoundStartsAWait) {
+    StartAtRate();
+    Notify(2304, 2);
+    SetUpType(512, {.level = 0, .noise = 0, .ctcss = 0, .reserved = {}, .voice = 0, .dcs = kCode});
+    const Samples carrier = test::Carrier(Rate(), 4.0);
+    Process(std::span(carrier).first(kBlock));
+    EXPECT_EQ(Inside().ScanSampleCount(), 0);
+    host.Clear();
+    Inside().DcsDetector().matches[0] = kCode;
+    Inside().DcsDetector().matchCount = 1;
+    Process(std::span(carrier).subspan(kBlock, kBlock));
+    ASSERT_EQ(host.Of(2818).size(), 1U);
+    EXPECT_EQ(host.Of(2818)[0].param, 512U);
+    const std::int32_t audio = Rate() == 48000 ? 800 : 600;
+    const std::int32_t settle = Rate() == 48000 ? 1536 : 2304;
+    EXPECT_EQ(Inside().ScanSampleCount(), settle + audio) << "and the FM chain advances it";
+    host.Clear();
+    // Withheld until the count has passed half a second more of the input's rate.
+    const int waiting = Rate() / 2 / audio; // 30 and 53 blocks
+    int blocks = 0;
+    for (std::size_t i = 2 * kBlock; host.Of(2818).empty() && i + kBlock <= carrier.size(); i += kBlock) {
+        Process(std::span(carrier).subspan(i, kBlock));
+        ++blocks;
+    }
+    EXPECT_EQ(blocks, waiting + 1);
+    EXPECT_EQ(Inside().ScanSampleCount(), settle + audio * (waiting + 2)) << "it goes on growing";
+}
+
+INSTANTIATE_TEST_SUITE_P(Rates, PluginSquelch, testing::Values(48000, 64000));
+
+} // namespace orva::plugin
