@@ -281,6 +281,32 @@ TEST_P(PluginCloses, WithTheWaveInput) {
 INSTANTIATE_TEST_SUITE_P(Codes, PluginCloses,
                          testing::Values(2304, 2816, 2818, 4352, 4353, 4362, 4365, 16386, 16390));
 
+TEST_F(PluginReentrancy, ACloseWhileADeviceChangesEndsTheInstanceAfterwards) {
+    waveIn.deviceNames = {"First", "Second"};
+    waveOut.deviceNames = {"First", "Second"};
+    for (const bool isInput : {true, false}) {
+        StartWithWaveInput();
+        const std::size_t inputsOpened = waveIn.openings.size();
+        PostMessageA(window, 1024, 0, 0); // which the change of the device dispatches
+        host.onCall = [&](const test::FakeHost::Call& call, void*) {
+            if (call.code == 2816) {
+                Close();
+                EXPECT_FALSE(IsDestroyed());
+            }
+        };
+        if (isInput) {
+            Plugin().SetWaveInDevice(1);
+        } else {
+            Plugin().SetWaveOutDevice(1);
+        }
+        EXPECT_TRUE(IsDestroyed());
+        EXPECT_FALSE(waveOut.IsOpen());
+        EXPECT_EQ(waveIn.openings.size(), inputsOpened);
+        host.onCall = nullptr;
+        Pump();
+    }
+}
+
 TEST_F(PluginReentrancy, ACloseInsideTheCloseIsIgnored) {
     StartWithReceiver();
     host.onCall = [&](const test::FakeHost::Call& call, void*) {
