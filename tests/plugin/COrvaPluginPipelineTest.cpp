@@ -394,8 +394,9 @@ TEST_P(PluginPipeline, OffersEachFmBlockToTheHostAndPlaysWhatItLeft) {
     SetMode(DemodulationMode::Fm);
     host.onCall = [](const test::FakeHost::Call& call, void* data) {
         if (call.code == 4362) {
-            auto* samples = reinterpret_cast<std::int16_t*>(static_cast<std::uint8_t*>(data) + 16);
-            std::fill_n(samples, 1024, std::int16_t{1000});
+            auto* bytes = static_cast<std::uint8_t*>(data);
+            std::fill_n(reinterpret_cast<std::int16_t*>(bytes + 16), 1024, std::int16_t{1000});
+            std::fill_n(bytes + 2064, 3, std::uint8_t{0xEE}); // gone at the next offer
         }
     };
     const Samples signal = test::FmTone(Rate(), 1.0);
