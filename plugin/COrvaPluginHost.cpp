@@ -13,6 +13,13 @@ namespace {
 constexpr auto kModeDigital = static_cast<std::uint32_t>(ModeNumber::Digital);
 constexpr auto kModeFm = static_cast<std::uint32_t>(ModeNumber::Fm);
 
+/// Ends the protection from the host's echo with the call, whatever its code and however it ends: a call
+/// inside a call ends the outer one's protection too.
+struct ModeCallEnd {
+    bool& inHostModeCall;
+    ~ModeCallEnd() { inHostModeCall = false; }
+};
+
 } // namespace
 
 /// The one road to the host. It may call back into the instance before it answers.
@@ -23,11 +30,8 @@ std::uint32_t COrvaPlugin::CallHost(PluginCode code, std::uint32_t param, std::u
     if (code == PluginCode::Mode) {
         inHostModeCall = true;
     }
-    const std::uint32_t answer =
-        hostCallback(GetWindowHandle(), static_cast<std::int32_t>(code), param, size, data);
-    // Whatever the code: a call inside a call ends the outer one's protection too.
-    inHostModeCall = false;
-    return answer;
+    const ModeCallEnd end{inHostModeCall};
+    return hostCallback(GetWindowHandle(), static_cast<std::int32_t>(code), param, size, data);
 }
 
 std::uint32_t COrvaPlugin::QueryHost(QueryCode code) {

@@ -1,6 +1,8 @@
 // A host that does in its callback what it likes: pumps messages, calls back, closes the instance, throws.
 #include "tests/plugin/PluginFixture.h"
 #include "tests/plugin/PluginSignals.h"
+#include "tests/support/AllocationProbe.h"
+#include "tests/toolkit/OpenHandles.h"
 
 #include <algorithm>
 #include <set>
@@ -197,6 +199,20 @@ TEST_F(PluginReentrancy, AnExceptionOfTheHostCostsOneBlock) {
     EXPECT_EQ(Inside().FreeInputBlocks().Count(), 9U);
 }
 
+TEST_F(PluginReentrancy, AnExceptionInTheModeCallDoesNotLockTheMode) {
+    StartWithReceiver();
+    host.onCall = [&](const test::FakeHost::Call& call, void*) {
+        if (call.code == 2304) {
+            throw std::runtime_error("host");
+        }
+    };
+    Notify(2304, 19);
+    host.onCall = nullptr;
+    EXPECT_FALSE(Inside().InHostModeCall());
+    Notify(2304, 2);
+    EXPECT_EQ(Inside().DemodulationMode(), DemodulationMode::Fm);
+}
+
 // --- closes inside the callback ----------------------------------------------------------------------------
 
 namespace {
@@ -358,14 +374,39 @@ TEST_F(PluginReentrancy, AClosingInstanceStartsNothing) {
     EXPECT_EQ(IsWindow(itsWindow), FALSE);
 }
 
-TEST_F(PluginReentrancy, AHundredInstancesComeAndGo) {
-    for (int i = 0; i < 100; ++i) {
-        StartWithReceiver();
-        library.Deliver(Samples(kBlock, 100));
-        Pump();
-        Close();
-        ASSERT_TRUE(IsDestroyed());
-    }
+TEST_F(PluginReentrancy, AHundredInstancesComeAndGoAndLeaveNothing) {
+    host.keeps = false;
+    library.keepsReads = false;
+    waveOut.keepsPlayed = false;
+    struct Held {
+        std::int64_t allocations;
+        int handles;
+        DWORD userObjects;
+        DWORD graphicsObjects;
+    };
+    const Samples block(kBlock, 100);
+    const auto comeAndGo = [&](int times) {
+        for (int i = 0; i < times; ++i) {
+            StartWithReceiver();
+            library.Deliver(block);
+            Pump();
+            Close();
+            Pump();
+            EXPECT_TRUE(IsDestroyed());
+            firsts.clear();
+            log.Clear();
+            library.lookups.clear();
+        }
+        return Held{test::CountLiveAllocations(), test::CountOpenHandles(),
+                    GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS),
+                    GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)};
+    };
+    const Held early = comeAndGo(10);
+    const Held late = comeAndGo(100);
+    EXPECT_EQ(late.allocations, early.allocations);
+    EXPECT_EQ(late.handles, early.handles);
+    EXPECT_EQ(late.userObjects, early.userObjects);
+    EXPECT_EQ(late.graphicsObjects, early.graphicsObjects);
 }
 
 } // namespace orva::plugin

@@ -2,6 +2,7 @@
 #include "tests/plugin/PluginFixture.h"
 #include "tests/plugin/PluginSignals.h"
 #include "tests/plugin/WindowViews.h"
+#include "tests/support/AllocationProbe.h"
 #include "tests/support/DcsEncoder.h"
 #include "tests/support/ToneSource.h"
 #include "tests/support/VoiceLikeNoise.h"
@@ -434,6 +435,27 @@ TEST_P(PluginSquelch, NoSamplesAreNotEvaluated) {
     EXPECT_TRUE(host.calls.empty());
     Inside().EvaluateHostSquelch(&sample, 1);
     EXPECT_EQ(host.calls.size(), 1U);
+}
+
+TEST_P(PluginSquelch, WarmDetectorsAllocateNothing) {
+    StartAtRate();
+    host.keeps = false;
+    library.keepsReads = false;
+    waveOut.keepsPlayed = false;
+    const Samples carrier = test::Carrier(Rate(), kLong);
+    for (const bool isScanning : {true, false}) {
+        Notify(3840, isScanning ? 1 : 0);
+        Notify(2304, 2);
+        for (const std::uint32_t type : {2U, 4U, 256U, 512U}) {
+            SetUpType(type, {});
+            Notify(2048, 1);
+            Process(carrier);
+            Notify(2048, 1);
+            const std::uint64_t before = test::CountAllocations();
+            Process(carrier);
+            EXPECT_EQ(test::CountAllocations(), before) << type << (isScanning ? " scanning" : "");
+        }
+    }
 }
 
 // --- outside of the scanner --------------------------------------------------------------------------------
