@@ -111,6 +111,10 @@ void PortableDecoder::Process(std::span<const std::int16_t> samples) {
         dsp::CtbSampleBlock* block = decoder.PopVoiceBlock();
         const std::size_t place = voice.size();
         voice.resize(place + 1024);
+        for (std::uint32_t n = 0; n < 512; ++n) {
+            const double turns = std::trunc((*block)[n] * gain) + 32768.0;
+            (*block)[n] = static_cast<std::int16_t>(turns - 65536.0 * std::floor(turns / 65536.0) - 32768.0);
+        }
         interpolator.FilterI16(voice.data() + place, block->Data(), 512);
         decoder.PushFreeBlock(block);
         algorithms.push_back(decoder.GetAlgorithmId());

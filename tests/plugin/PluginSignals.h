@@ -40,6 +40,7 @@ public:
     /// Takes a block of samples.
     void Process(std::span<const std::int16_t> samples);
 
+    double gain = 1.0;                              ///< of the voice; overflow wraps
     std::vector<std::int16_t> voice;                ///< all so far, 16000 Hz
     std::vector<std::int32_t> algorithms;           ///< known when each voice block came out
     std::vector<std::vector<std::uint8_t>> reports; ///< trunking reports, one for each block that had any
