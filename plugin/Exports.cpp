@@ -12,9 +12,19 @@ static_assert(kDeferredStartMessage == WM_USER);
 
 void ProcessPendingMessages() {
     MSG message;
+    bool quits = false;
+    WPARAM exitCode = 0;
     while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
-        TranslateMessage(&message);
-        DispatchMessageA(&message);
+        if (message.message == WM_QUIT) {
+            quits = true;
+            exitCode = message.wParam;
+        } else {
+            TranslateMessage(&message);
+            DispatchMessageA(&message);
+        }
+    }
+    if (quits) {
+        PostQuitMessage(static_cast<int>(exitCode)); // meant for the host's own loop
     }
 }
 
