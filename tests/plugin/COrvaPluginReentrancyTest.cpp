@@ -343,7 +343,6 @@ TEST_F(PluginReentrancy, AHandleIsFreeAgainOnceItsInstanceHasSaidItsLast) {
         if (call.code == 2304 && !isRestarted) {
             isRestarted = true;
             Close();
-            host.onCall = nullptr;
         }
     };
     library.Deliver(test::Noise(64000, 0.1));
