@@ -1,7 +1,6 @@
 #include "tools/orva-gallery/LayoutPage.h"
 
-#include "tools/orva-gallery/SampleControl.h"
-#include "tools/orva-gallery/SampleWindow.h"
+#include "tools/orva-gallery/Sample.h"
 
 namespace orva::gallery {
 
