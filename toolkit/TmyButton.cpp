@@ -1,5 +1,6 @@
 #include "toolkit/TmyButton.h"
 
+#include "toolkit/FocusMark.h"
 #include "toolkit/FrameDrawing.h"
 #include "toolkit/TimerPlatform.h"
 #include "toolkit/TypeRegistry.h"
@@ -9,6 +10,8 @@
 namespace orva::toolkit {
 
 namespace {
+
+constexpr SIZE kPadding{4, 1}; ///< around the text, in its natural size
 
 RECT Moved(RECT area, int offset) {
     OffsetRect(&area, offset, offset);
@@ -188,7 +191,7 @@ TmyPanel::TitlePlace TmyButton::PlaceTitle(const RECT& area) const {
 }
 
 SIZE TmyButton::Padding() const {
-    return {4, 1};
+    return kPadding;
 }
 
 void TmyButton::OnPaint(HDC dc) {
@@ -208,7 +211,7 @@ void TmyButton::OnDrawContent(HDC dc, const RECT& area) {
 }
 
 void TmyButton::OnDrawFocus(HDC dc, const RECT& area) {
-    DrawFocusMark(dc, area, LooksSunken() ? 1 : 0);
+    DrawFocusMark(dc, Moved(area, LooksSunken() ? 1 : 0));
 }
 
 } // namespace orva::toolkit

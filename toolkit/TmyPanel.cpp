@@ -1,6 +1,7 @@
 #include "toolkit/TmyPanel.h"
 
 #include "toolkit/Colors.h"
+#include "toolkit/FocusMark.h"
 #include "toolkit/FrameDrawing.h"
 #include "toolkit/TmyApplication.h"
 #include "toolkit/TypeRegistry.h"
@@ -97,21 +98,8 @@ void TmyPanel::OnDrawContent(HDC dc, const RECT& area) {
 void TmyPanel::OnDrawFocus(HDC dc, const RECT& area) {
     // A top window keeps the focus when nobody else takes it: that is nothing to show.
     if (HasState(ControlState::Focusable)) {
-        DrawFocusMark(dc, area, 0);
+        DrawFocusMark(dc, area);
     }
-}
-
-void TmyPanel::DrawFocusMark(HDC dc, const RECT& area, int offset) {
-    RECT mark = area;
-    OffsetRect(&mark, offset, offset);
-    // The platform's rectangle inverts every other pixel, which shows little on a middling grey.
-    SetDCBrushColor(dc, kBlack);
-    FrameRect(dc, &mark, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
-    const COLORREF text = ::SetTextColor(dc, kBlack);
-    const COLORREF back = SetBkColor(dc, kWhite);
-    DrawFocusRect(dc, &mark);
-    SetBkColor(dc, back);
-    ::SetTextColor(dc, text);
 }
 
 void TmyPanel::DrawTitle(HDC dc, const RECT& area) const {

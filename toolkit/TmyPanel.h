@@ -77,8 +77,6 @@ protected:
     [[nodiscard]] virtual TitlePlace PlaceTitle(const RECT& area) const;
     /// Room that the widget keeps around its title and picture [pixels], beside the border.
     [[nodiscard]] virtual SIZE Padding() const { return {0, 0}; }
-    /// Draws a rectangle to mark the focus, moved by so much to the right and down [pixels].
-    static void DrawFocusMark(HDC dc, const RECT& area, int offset);
 
 private:
     void DrawTitle(HDC dc, const RECT& area) const;

@@ -1,0 +1,146 @@
+#include "toolkit/Tmy_Btn.h"
+
+#include "toolkit/Colors.h"
+#include "toolkit/FocusMark.h"
+#include "toolkit/FrameDrawing.h"
+#include "toolkit/TypeRegistry.h"
+
+#include <algorithm>
+
+namespace orva::toolkit {
+
+namespace {
+
+constexpr SIZE kPadding{4, 1}; ///< around the text, in its natural size
+
+RECT Moved(RECT area, int offset) {
+    OffsetRect(&area, offset, offset);
+    return area;
+}
+
+/// Three fifths of the area's shorter side, and as odd or even as it, so that the arrow has the same room on
+/// both sides.
+int FittingArrowSize(const RECT& area) {
+    constexpr int kLeast = 4;
+    const int side = static_cast<int>(std::min(area.right - area.left, area.bottom - area.top));
+    const int size = std::max(side * 3 / 5, kLeast);
+    return size + (size + side) % 2;
+}
+
+} // namespace
+
+Tmy_Btn::Tmy_Btn(TmyControl* parentControl, const Placement& placement, const char* buttonText)
+    : PressLogic<TmyControl>(parentControl, placement), text(buttonText) {
+    RegisterType(this, TypeId::Btn, "Btn");
+}
+
+void Tmy_Btn::SetText(const TmyString& newText) {
+    if (!(text == newText)) {
+        text = newText;
+        Invalidate();
+    }
+}
+
+void Tmy_Btn::SetTextAlignment(std::uint32_t alignmentCode) {
+    if (textAlignment != alignmentCode) {
+        textAlignment = alignmentCode;
+        Invalidate();
+    }
+}
+
+void Tmy_Btn::SetArrow(ArrowGlyph newGlyph, int size) {
+    if (glyph != newGlyph || glyphSize != size) {
+        glyph = newGlyph;
+        glyphSize = size;
+        Invalidate();
+    }
+}
+
+SIZE Tmy_Btn::NaturalSize() const {
+    SIZE size{0, 0};
+    if (const HDC screen = ::GetDC(nullptr)) {
+        size = MeasureText(screen, EffectiveFont(), text.Text());
+        ::ReleaseDC(nullptr, screen);
+    }
+    const auto border = static_cast<int>(GetStyleValue(StyleValue::BorderWidth));
+    return {size.cx + 2 * (border + kPadding.cx), size.cy + 2 * (border + kPadding.cy)};
+}
+
+// --- look --------------------------------------------------------------------------------------------------
+
+int Tmy_Btn::EffectiveBorderWidth() const {
+    constexpr int kLeastContent = 6; // the side of the smallest arrow worth drawing
+    const int room = (std::min(GetClientWidth(), GetClientHeight()) - kLeastContent) / 2;
+    return std::clamp(room, 1, std::max(static_cast<int>(GetStyleValue(StyleValue::BorderWidth)), 1));
+}
+
+void Tmy_Btn::GetClientArea(RECT* area) const {
+    const int border = EffectiveBorderWidth();
+    *area = {border, border, GetClientWidth() - border, GetClientHeight() - border};
+}
+
+void Tmy_Btn::UpdateLook() {
+    if (drawnSunken != LooksSunken()) {
+        drawnSunken = LooksSunken();
+        Invalidate();
+    }
+}
+
+void Tmy_Btn::OnResize() {
+    Invalidate();
+    PressLogic<TmyControl>::OnResize();
+}
+
+COLORREF Tmy_Btn::ContentColor() const {
+    return GetStyleValue(IsEnabled() ? StyleValue::TextColor : StyleValue::DisabledTextColor);
+}
+
+void Tmy_Btn::OnPaint(HDC dc) {
+    const RECT whole{0, 0, GetClientWidth(), GetClientHeight()};
+    IntersectClipRect(dc, whole.left, whole.top, whole.right, whole.bottom);
+    RECT area{};
+    GetClientArea(&area);
+    const LifeGuard life(this); // drawing operations of derived classes may fire events
+    OnDrawBackground(dc, area);
+    if (life.IsAlive()) {
+        OnDrawContent(dc, area);
+    }
+    if (!life.IsAlive()) {
+        return;
+    }
+    DrawTitle(dc, area);
+    DrawFrame(dc, whole, LooksSunken() ? kFrameSunken : kFrameRaised, EffectiveBorderWidth(),
+              GetStyleValue(StyleValue::WindowColor),
+              static_cast<int>(GetStyleValue(StyleValue::Brightness)));
+    if (HasFocus()) {
+        OnDrawFocus(dc, area);
+    }
+    if (life.IsAlive()) {
+        PressLogic<TmyControl>::OnPaint(dc);
+    }
+}
+
+void Tmy_Btn::OnDrawBackground(HDC dc, const RECT& area) {
+    FillSolid(dc, area, GetStyleValue(StyleValue::WindowColor));
+}
+
+void Tmy_Btn::OnDrawContent(HDC dc, const RECT& area) {
+    const int size = glyphSize != 0 ? glyphSize : FittingArrowSize(area);
+    const RECT place = Moved(area, LooksSunken() ? 1 : 0);
+    DrawArrow(dc, glyph, (place.left + place.right - size) / 2, (place.top + place.bottom - size) / 2, size,
+              ContentColor());
+}
+
+void Tmy_Btn::OnDrawFocus(HDC dc, const RECT& area) {
+    if (HasState(ControlState::Focusable)) {
+        DrawFocusMark(dc, Moved(area, LooksSunken() ? 1 : 0));
+    }
+}
+
+void Tmy_Btn::DrawTitle(HDC dc, const RECT& area) const {
+    const TextLook look{EffectiveFont(), ContentColor(), GetStyleValue(StyleValue::WindowColor),
+                        static_cast<std::int32_t>(GetStyleValue(StyleValue::Shadow))};
+    DrawAlignedText(dc, text.Text(), Moved(area, LooksSunken() ? 1 : 0), textAlignment, look);
+}
+
+} // namespace orva::toolkit

@@ -1,0 +1,64 @@
+#include "toolkit/Tmy_Label.h"
+
+#include "toolkit/Colors.h"
+#include "toolkit/TypeRegistry.h"
+
+namespace orva::toolkit {
+
+Tmy_Label::Tmy_Label(TmyControl* parentControl, const Placement& placement, const char* labelText)
+    : TmyControl(parentControl, placement), text(labelText) {
+    RegisterType(this, TypeId::LightLabel, "_Label");
+}
+
+void Tmy_Label::SetText(const TmyString& newText, bool resize) {
+    if (!(text == newText)) {
+        text = newText;
+        Invalidate();
+    }
+    if (resize) {
+        const SIZE size = NaturalSize();
+        SetSize(size.cx, size.cy);
+    }
+}
+
+void Tmy_Label::SetTextAlignment(std::uint32_t alignmentCode) {
+    if (textAlignment != alignmentCode) {
+        textAlignment = alignmentCode;
+        Invalidate();
+    }
+}
+
+SIZE Tmy_Label::NaturalSize() const {
+    SIZE size{0, 0};
+    if (const HDC screen = ::GetDC(nullptr)) {
+        size = MeasureText(screen, EffectiveFont(), text.Text());
+        ::ReleaseDC(nullptr, screen);
+    }
+    return size;
+}
+
+void Tmy_Label::GetClientArea(RECT* area) const {
+    *area = {0, 0, GetClientWidth(), GetClientHeight()};
+}
+
+void Tmy_Label::OnPaint(HDC dc) {
+    RECT area{};
+    GetClientArea(&area);
+    IntersectClipRect(dc, area.left, area.top, area.right, area.bottom);
+    const COLORREF background = GetStyleValue(StyleValue::WindowColor);
+    if (!HasState(ControlState::Overlay)) {
+        FillSolid(dc, area, background);
+    }
+    const TextLook look{EffectiveFont(),
+                        GetStyleValue(IsEnabled() ? StyleValue::TextColor : StyleValue::DisabledTextColor),
+                        background, static_cast<std::int32_t>(GetStyleValue(StyleValue::Shadow))};
+    DrawAlignedText(dc, text.Text(), area, textAlignment, look);
+    TmyControl::OnPaint(dc);
+}
+
+void Tmy_Label::OnResize() {
+    Invalidate(); // the text moves with the size
+    TmyControl::OnResize();
+}
+
+} // namespace orva::toolkit
