@@ -5,12 +5,15 @@
 
 namespace orva::gallery {
 
+/// What the window shows.
+enum class GalleryPage { Widgets, Layout };
+
 /// A window that shows what the toolkit can, for a person to look at and for a photograph. Its close ends the
 /// program.
 class GalleryWindow : public toolkit::TmyComponent {
 public:
     /// \param milliseconds  time after which it closes by itself; 0 never
-    explicit GalleryWindow(unsigned milliseconds);
+    GalleryWindow(GalleryPage page, unsigned milliseconds);
 
     void OnTimer(UINT_PTR id) override;
 };

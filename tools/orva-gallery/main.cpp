@@ -27,9 +27,13 @@ int main(int argumentCount, char** arguments) {
         double seconds = 0.0;
         options.add_option("--seconds", seconds, "Close after so many seconds; 0 stays open")
             ->check(CLI::NonNegativeNumber);
+        bool layout = false;
+        options.add_flag("--layout", layout, "Show how controls are placed, instead of the widgets");
         CLI11_PARSE(options, argumentCount, arguments);
 
-        orva::gallery::GalleryWindow window(static_cast<unsigned>(seconds * kMillisecondsPerSecond));
+        orva::gallery::GalleryWindow window(layout ? orva::gallery::GalleryPage::Layout
+                                                   : orva::gallery::GalleryPage::Widgets,
+                                            static_cast<unsigned>(seconds * kMillisecondsPerSecond));
         orva::toolkit::Application().mainWindow = &window;
         window.SetVisible(true);
         RunUntilClosed();

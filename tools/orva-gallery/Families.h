@@ -1,0 +1,14 @@
+/// What fills each family of the gallery; every function has a source file of its own.
+#pragma once
+
+#include "tools/orva-gallery/Family.h"
+
+namespace orva::gallery {
+
+void FillButtons(Family& family);
+void FillLightButtons(Family& family);
+void FillPanels(Family& family);
+void FillLabels(Family& family);
+void FillArrows(Family& family);
+
+} // namespace orva::gallery
