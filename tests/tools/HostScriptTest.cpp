@@ -52,6 +52,62 @@ TEST(HostScript, ReadsWaits) {
     EXPECT_DOUBLE_EQ(Parsed("wait 0").seconds, 0);
 }
 
+TEST(HostScript, NamesTheCodesOfScanning) {
+    EXPECT_EQ(Parsed("tune 155000000").code, 2048);
+    EXPECT_EQ(Parsed("@7 tune 155000000").param, 155000000U);
+    EXPECT_EQ(Parsed("@7 tune 155000000").hostHandle, 7U);
+    EXPECT_EQ(Parsed("scan on").code, 3840);
+    EXPECT_EQ(Parsed("scan on").param, 1U);
+    EXPECT_EQ(Parsed("scan off").param, 0U);
+    EXPECT_EQ(Parsed("mode orva").code, 2304);
+    EXPECT_EQ(Parsed("mode orva").param, 19U);
+    EXPECT_TRUE(Parsed("mode orva").data.empty());
+    EXPECT_EQ(Parsed("mode fm").param, 2U);
+    EXPECT_EQ(Parsed("mode auto").data, (std::vector<std::uint32_t>{2, 19}));
+}
+
+TEST(HostScript, NamesTheTypesOfSquelch) {
+    using Data = std::vector<std::uint32_t>;
+    EXPECT_EQ(Parsed("squelch none").code, 2817);
+    EXPECT_EQ(Parsed("squelch none").param, 0U);
+    EXPECT_EQ(Parsed("squelch none").data, Data(7));
+    EXPECT_EQ(Parsed("squelch level 30").param, 1U);
+    EXPECT_EQ(Parsed("squelch level 30").data, (Data{30, 0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(Parsed("squelch noise 40").param, 2U);
+    EXPECT_EQ(Parsed("squelch noise 40").data, (Data{0, 40, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(Parsed("squelch ctcss 67").param, 4U);
+    EXPECT_EQ(Parsed("squelch ctcss 114.8").data, (Data{0, 0, 114800, 0, 0, 0, 0}));
+    EXPECT_EQ(Parsed("squelch voice 50").param, 256U);
+    EXPECT_EQ(Parsed("squelch voice 50").data, (Data{0, 0, 0, 0, 0, 50, 0}));
+    EXPECT_EQ(Parsed("squelch dcs 023").param, 512U);
+    EXPECT_EQ(Parsed("squelch dcs 023").data, (Data{0, 0, 0, 0, 0, 0, 19}));
+    EXPECT_EQ(Parsed("squelch dcs -023").data, (Data{0, 0, 0, 0, 0, 0, 0xFFFFFFEDU}));
+    EXPECT_EQ(Parsed("squelch closed").code, 2818);
+    EXPECT_EQ(Parsed("squelch closed").param, 1U);
+    EXPECT_EQ(Parsed("squelch open").param, 0U);
+    EXPECT_TRUE(Parsed("squelch open").data.empty());
+}
+
+TEST(HostScript, ReadsRecordingAndPlayback) {
+    using ui::FileCommand;
+    EXPECT_EQ(Parsed("record if call").kind, HostCommand::Kind::File);
+    EXPECT_EQ(Parsed("record if call").file, FileCommand::RecordIf);
+    EXPECT_EQ(Parsed("record audio call").file, FileCommand::RecordAudio);
+    EXPECT_EQ(Parsed("@3 record if  two  words \r# a call").text, "two  words");
+    EXPECT_EQ(Parsed("@3 record if call").hostHandle, 3U);
+    EXPECT_EQ(Parsed("play x.if.wav").file, FileCommand::Play);
+    EXPECT_EQ(Parsed("play x.if.wav").text, "x.if.wav");
+    EXPECT_TRUE(Parsed("play x.if.wav").HasPath());
+    EXPECT_EQ(Parsed("seek 96000").file, FileCommand::Seek);
+    EXPECT_EQ(Parsed("seek 96000").text, "96000");
+    EXPECT_FALSE(Parsed("seek 96000").HasPath());
+    EXPECT_EQ(Parsed("step -2").file, FileCommand::Step);
+    EXPECT_EQ(Parsed("step -2").text, "-2");
+    EXPECT_EQ(Parsed("pause").file, FileCommand::Pause);
+    EXPECT_EQ(Parsed("resume").file, FileCommand::Resume);
+    EXPECT_EQ(Parsed("stop").file, FileCommand::Stop);
+}
+
 TEST(HostScript, SkipsEmptyLinesAndRemarks) {
     for (const char* line : {"", "   ", "\t\r", "# 2304 19", "  #"}) {
         EXPECT_FALSE(HostCommand::Parse(line)) << line;
@@ -59,8 +115,26 @@ TEST(HostScript, SkipsEmptyLinesAndRemarks) {
 }
 
 TEST(HostScript, RefusesWhatItDoesNotUnderstand) {
-    for (const char* line : {"volume 12", "3584 loud", "2304 0 2 x", "wait", "wait x", "wait -1", "wait 1 2",
-                             "wait inf", "wait nan", "@", "@x 1", "@7", "close 1", "2304,19"}) {
+    for (const char* line : {"volume 12",      "3584 loud",
+                             "2304 0 2 x",     "wait",
+                             "wait x",         "wait -1",
+                             "wait 1 2",       "wait inf",
+                             "wait nan",       "@",
+                             "@x 1",           "@7",
+                             "close 1",        "2304,19",
+                             "tune",           "tune x",
+                             "scan",           "scan 1",
+                             "mode am",        "mode",
+                             "squelch",        "squelch tone",
+                             "squelch noise",  "squelch ctcss x",
+                             "squelch dcs 9",  "squelch dcs",
+                             "squelch dcs -",  "squelch dcs 1000",
+                             "squelch open 1", "record",
+                             "record if",      "record raw x",
+                             "play",           "play #",
+                             "seek",           "seek x",
+                             "step",           "stop now",
+                             "pause 1"}) {
         EXPECT_THROW(HostCommand::Parse(line), std::invalid_argument) << line;
     }
 }

@@ -17,6 +17,7 @@ namespace {
 constexpr const char* kWindowClass = "OrvaBenchHost";
 constexpr const char* kPlatformBoxClass = "#32770"; ///< of the platform's message boxes
 constexpr const char* kErrorBoxTitle = "ORVA Error";
+constexpr const char* kOverwriteBoxTitle = "Overwrite existing file?";
 constexpr UINT kTickMilliseconds = 10;
 constexpr UINT_PTR kTickTimer = 1;
 constexpr int kNameSize = 32;
@@ -41,6 +42,28 @@ int CloseLog(std::FILE* file) {
 template <std::size_t Size>
 void PutText(char (&field)[Size], const std::string& text) {
     std::memcpy(field, text.data(), std::min(text.size(), Size - 1));
+}
+
+const char* NameOf(ui::FileCommand command) {
+    switch (command) {
+    case ui::FileCommand::RecordIf:
+        return "record if";
+    case ui::FileCommand::RecordAudio:
+        return "record audio";
+    case ui::FileCommand::Play:
+        return "play";
+    case ui::FileCommand::Stop:
+        return "stop";
+    case ui::FileCommand::Pause:
+        return "pause";
+    case ui::FileCommand::Resume:
+        return "resume";
+    case ui::FileCommand::Seek:
+        return "seek";
+    case ui::FileCommand::Step:
+        return "step";
+    }
+    return "";
 }
 
 std::chrono::steady_clock::duration ToDuration(double seconds) {
@@ -209,10 +232,35 @@ void BenchHost::Send(const HostCommand& command, std::optional<std::uint32_t> on
     // By index: an instance may be added or go while a command runs.
     for (std::size_t i = 0; i < instances.size(); ++i) {
         const Instance instance = instances[i];
-        if (!instance.isClosed && (!onlyTo || *onlyTo == instance.hostHandle)) {
+        if (instance.isClosed || (onlyTo && *onlyTo != instance.hostHandle)) {
+            continue;
+        }
+        if (command.kind == HostCommand::Kind::File) {
+            SendFileCommand(instance, command);
+        } else {
             Notify(instance.hostHandle, command);
         }
     }
+}
+
+/// Works the plug-in's recording and playback as a user would.
+void BenchHost::SendFileCommand(const Instance& instance, const HostCommand& command) {
+    std::string text = command.text;
+    std::array<char, MAX_PATH> full{};
+    if (command.HasPath() &&
+        GetFullPathNameA(text.c_str(), full.size(), full.data(), nullptr) < full.size()) {
+        text = full.data();
+    }
+    COPYDATASTRUCT data{};
+    data.dwData = static_cast<ULONG_PTR>(command.file);
+    data.cbData = static_cast<DWORD>(text.size());
+    data.lpData = text.data();
+    const LRESULT answer = SendMessageA(instance.window, WM_COPYDATA, reinterpret_cast<WPARAM>(window),
+                                        reinterpret_cast<LPARAM>(&data));
+    journal.WriteEvent("file", {{"handle", instance.hostHandle},
+                                {"command", NameOf(command.file)},
+                                {"text", text},
+                                {"done", answer != 0}});
 }
 
 void BenchHost::Notify(std::uint32_t hostHandle, const HostCommand& command) {
@@ -261,7 +309,11 @@ void BenchHost::React(std::int32_t code, std::uint32_t hostHandle) {
     }
     ++reactionDepth;
     for (const HostCommand& command : found->second) {
-        Notify(command.hostHandle.value_or(hostHandle), command);
+        if (command.kind == HostCommand::Kind::File) {
+            Send(command, command.hostHandle.value_or(hostHandle));
+        } else {
+            Notify(command.hostHandle.value_or(hostHandle), command);
+        }
     }
     --reactionDepth;
 }
@@ -290,31 +342,42 @@ void BenchHost::DismissBoxes() {
     EnumWindows(DismissBox, reinterpret_cast<LPARAM>(this));
 }
 
-/// Error boxes of the plug-in wait for a user; here is none.
+/// Boxes of the plug-in wait for a user; here is none.
 BOOL CALLBACK BenchHost::DismissBox(HWND box, LPARAM host) {
     DWORD process = 0;
     GetWindowThreadProcessId(box, &process);
-    std::array<char, kNameSize> className{};
     std::array<char, kNameSize> title{};
     if (process != GetCurrentProcessId() || IsWindowVisible(box) == FALSE) {
         return TRUE;
     }
-    GetClassNameA(box, className.data(), kNameSize);
     GetWindowTextA(box, title.data(), kNameSize);
-    if (title.data() != std::string(kErrorBoxTitle)) {
+    if (title.data() != std::string(kErrorBoxTitle) && title.data() != std::string(kOverwriteBoxTitle)) {
         return TRUE;
     }
     auto& self = *reinterpret_cast<BenchHost*>(host);
     if (std::ranges::find(self.dismissed, box) == self.dismissed.end()) {
         self.dismissed.push_back(box);
-        self.journal.WriteEvent("box", {{"title", title.data()}});
-        if (className.data() == std::string(kPlatformBoxClass)) {
-            PostMessageA(box, WM_COMMAND, IDOK, 0);
-        } else {
-            PostMessageA(box, WM_CLOSE, 0, 0);
-        }
+        self.AnswerBox(box, title.data());
     }
     return TRUE;
+}
+
+void BenchHost::AnswerBox(HWND box, const std::string& title) {
+    const bool isQuestion = title == kOverwriteBoxTitle;
+    std::array<char, kNameSize> className{};
+    GetClassNameA(box, className.data(), kNameSize);
+    if (isQuestion) {
+        journal.WriteEvent("box", {{"title", title}, {"answer", options.overwrites ? "Yes" : "No"}});
+    } else {
+        journal.WriteEvent("box", {{"title", title}});
+    }
+    if (className.data() != std::string(kPlatformBoxClass)) {
+        PostMessageA(box, WM_CLOSE, 0, 0);
+    } else if (isQuestion) {
+        PostMessageA(box, WM_COMMAND, options.overwrites ? IDYES : IDNO, 0);
+    } else {
+        PostMessageA(box, WM_COMMAND, IDOK, 0);
+    }
 }
 
 void BenchHost::WriteResources() {

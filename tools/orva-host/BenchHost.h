@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 #include <windows.h>
 
@@ -51,7 +52,9 @@ private:
     void RunScript();
     void Send(const HostCommand& command, std::optional<std::uint32_t> onlyTo);
     void Notify(std::uint32_t hostHandle, const HostCommand& command);
+    void SendFileCommand(const Instance& instance, const HostCommand& command);
     void DismissBoxes();
+    void AnswerBox(HWND box, const std::string& title);
     void WriteResources();
     [[nodiscard]] bool IsOver();
     Instance* FindInstance(HWND window);

@@ -70,10 +70,15 @@ bool ReadHostOptions(int argumentCount, const char* const* arguments, HostOption
     app.add_option("--on", reactions,
                    "CODE=COMMAND: send a command from inside the callback when the code comes")
         ->allow_extra_args(false);
+    app.add_flag("--overwrite", options.overwrites,
+                 "answer Yes when the plug-in asks whether to write over a file; otherwise No");
     app.add_flag("--refuse", options.refusesAll, "answer 0x80000000 to everything");
     app.add_flag("--hidden", options.isHidden, "do not show the windows of the plug-in");
     app.footer(
         "A command is a line:  CODE [PARAM [DATA ...]]  |  wait SECONDS  |  close\n"
+        "  tune HZ  |  mode auto|orva|fm  |  scan on|off  |  squelch none|closed|open\n"
+        "  squelch level N|noise N|ctcss HZ|voice PERCENT|dcs CODE\n"
+        "  record if|audio NAME  |  play FILE  |  seek BYTES  |  step SECONDS  |  pause  |  resume  |  stop\n"
         "and goes to all instances, or with @HANDLE before it to one. Exit status 0: each instance answered\n"
         "its close, and the library was unloaded.");
     try {

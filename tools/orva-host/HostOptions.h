@@ -24,6 +24,7 @@ struct HostOptions {
     std::string audio;           ///< WAV file for what is offered with code 4362
     std::string libraries;       ///< folder in which the plug-in may find a receiver library
     bool isHidden = false;       ///< the plug-ins' windows are not shown
+    bool overwrites = false;     ///< files of recordings, when the plug-in asks
     bool refusesAll = false;     ///< every code is answered with 0x80000000
     std::map<std::uint32_t, std::uint32_t> answers; ///< to queries, by code
     /// Sent from inside the callback whenever the plug-in sends the code.
