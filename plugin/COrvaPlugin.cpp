@@ -44,6 +44,7 @@ COrvaPlugin::COrvaPlugin(std::uint32_t hostHandle, const ReceiverRecord* record,
                          const PluginPlatform& pluginPlatform)
     : platform(pluginPlatform),
       receiverLibrary(pluginPlatform.library),
+      waveFile(*pluginPlatform.files),
       receiverRecord(OwnedReceiverRecord::CloneOf(record)) {
     FillAudioPool();
     BuildNoiseHighPass();
@@ -274,6 +275,7 @@ void COrvaPlugin::SetDemodulationMode(std::int32_t mode) {
     if (wanted == DemodulationMode::Fm) {
         analogHoldoff = kHoldoffBlocks; // audio passes at once
     }
+    PauseByMode();
     PublishSquelchTypes(wanted != DemodulationMode::Digital);
     if (waveOut) {
         waveOut->RequestPrebuffer();

@@ -1,6 +1,7 @@
 /// The central object of one plug-in instance.
 #pragma once
 
+#include "audio/CtbWaveFile.h"
 #include "audio/CtbWaveIn.h"
 #include "audio/CtbWaveOut.h"
 #include "audio/IWaveInputOwner.h"
@@ -48,6 +49,14 @@ enum class DemodulationMode : std::int32_t {
     Fm = 2,      ///< FM audio only; the demodulator still runs, the frame decoder gets nothing
 };
 
+/// What becomes of the one file.
+enum class FileState : std::int32_t {
+    Idle = 0,
+    Playing = 1,
+    Reserved = 2, ///< never set; the spectrum of live samples would not be inverted
+    Recording = 3,
+};
+
 /// What the window's two lamps show.
 enum class SignalIndicator : std::int32_t { Unknown = -1, None = 0, Digital = 1, Fm = 2 };
 
@@ -63,10 +72,17 @@ enum class SignalIndicator : std::int32_t { Unknown = -1, None = 0, Digital = 1,
 /// | the walk of a block                          | COrvaPluginPipeline.cpp    |
 /// | codes from and to the host                   | COrvaPluginHost.cpp        |
 /// | squelch, scanner                             | COrvaPluginSquelch.cpp     |
+/// | recording, playback                          | COrvaPluginRecording.cpp   |
 /// | construction, filters, modes, devices        | COrvaPlugin.cpp            |
 ///
 /// Everything runs on the thread of the windows, but for the reader of the receiver's stream, which touches
 /// `fillingInputBlock`, `inputBlockFill`, the two input queues and `spareInputBlock` alone.
+///
+/// | file state  | is left by                                                                     |
+/// |-------------|--------------------------------------------------------------------------------|
+/// | `Idle`      | `StartPlayback`, `StartRecording`                                              |
+/// | `Playing`   | `StopFile`, which the end of the file calls too                                |
+/// | `Recording` | `StopFile`, which a failed write and the limit of a file's size call too       |
 ///
 /// Once blocks of a size have been seen, `ProcessData` allocates nothing.
 class COrvaPlugin final : public IPluginInstance,
@@ -129,6 +145,21 @@ public:
     void SetReceiverFrequency(std::uint32_t hertz) override;
     void SetScanner(std::uint32_t isOn) override;
 
+    // --- recording and playback (COrvaPluginRecording.cpp)
+    // -------------------------------------------------------
+
+    /// While idle, looks at the file and tells the window whether it can be played; otherwise only shows the
+    /// file under way once more.
+    void SelectFile(const char* path) override;
+    void StartPlayback() override;  ///< of the last file chosen, or recorded; from `Idle` only
+    void StartRecording() override; ///< as the panel says; from `Idle` only
+    void StopFile() override;
+    void SetPause(bool isOn) override; ///< off: whatever the reasons were
+    void SeekFile(std::uint32_t position) override;
+    void StepFile(std::int32_t direction) override;
+    void SetPauseUnderSquelch(std::int32_t isOn) override;
+    void SetPauseNoOrva(std::int32_t isOn) override;
+
     // --- samples (COrvaPluginPipeline.cpp, COrvaPluginReceiver.cpp)
     // ----------------------------------------------
 
@@ -151,6 +182,9 @@ private:
         std::uint32_t transmission;
         std::int32_t voiceBlocks; ///< ready ones; -1 after a failure of the decoder
     };
+
+    /// Whether the host may hear, and change, a block before it is played.
+    enum class AudioBlockUse { Offer, Play };
 
     /// A call into the instance that may lead to the host, which may close the instance from there: the
     /// outermost such frame deletes it then.
@@ -205,6 +239,8 @@ private:
 
     // The walk of a block.
     bool Walk(const std::int16_t* samples, std::uint32_t count);
+    bool RunStages(const std::int16_t* samples, std::uint32_t count, std::uint32_t spectrumFlags);
+    void InvertSpectrum(const std::int16_t* samples, std::uint32_t count);
     bool ToFloats(const std::int16_t* samples, std::uint32_t count);
     BlockResult RunDigitalChain(std::uint32_t count);
     void SendTrunkingReport();
@@ -216,7 +252,7 @@ private:
     bool RunFmChain(std::uint32_t count);
     bool ToAnalogSamples(const float* analog, std::uint32_t count);
     void HoldOff(std::uint32_t count);
-    bool CutIntoAudioBlocks(const std::int16_t* samples, std::uint32_t count);
+    bool CutIntoAudioBlocks(const std::int16_t* samples, std::uint32_t count, AudioBlockUse use);
     void OfferAudioToHost(dsp::CtbSampleBlock* block);
     bool TakeAudioBlock();
     void WriteOut(dsp::CtbSampleBlock* block);
@@ -225,6 +261,7 @@ private:
     // Squelch.
     void EvaluateSelectiveSquelch();
     void ShowSquelch();
+    [[nodiscard]] bool IsSilencedBySquelch() const;
     bool ScanBlock(const std::int16_t* samples, std::uint32_t count);
     void EvaluateHostSquelch(std::int16_t* samples, std::uint32_t count);
     void EvaluateNoise(const std::int16_t* samples, std::uint32_t count);
@@ -235,6 +272,26 @@ private:
     void ScanForVoice(std::uint32_t count);
     void AdvanceScan(std::uint32_t count);
     void SendSquelchResult(std::uint32_t result, SquelchValues values);
+
+    // Recording and playback.
+    [[nodiscard]] bool IsFileSupported() const;
+    [[nodiscard]] bool IsRecording(bool audio) const;
+    [[nodiscard]] bool Exists(const std::string& path) const;
+    [[nodiscard]] bool AskOverwrite(const std::string& path) const;
+    void Record(const std::int16_t* samples, std::uint32_t count);
+    void StartAudioPlayback();
+    void RestartWaveOut(std::uint32_t rate);
+    void ResetDecoders();
+    bool PlayBlock(std::uint32_t liveCount);
+    bool PlayAudio(const std::int16_t* samples, std::uint32_t count);
+    [[nodiscard]] std::uint32_t CountToPlay(std::uint32_t liveCount) const;
+    void ShowFilePosition();
+    void ShowFileStopped();
+    void PauseFor(std::uint32_t reason);
+    void ResumeFrom(std::uint32_t reason);
+    void PauseBySquelch();
+    void PauseBySignal(const BlockResult& block, const std::int16_t* samples, std::uint32_t count);
+    void PauseByMode();
 
     // Receiver.
     bool ConnectReceiver(std::uint32_t handle);
@@ -255,11 +312,15 @@ private:
     SignalIndicator signalIndicator = SignalIndicator::Unknown;
     std::uint32_t receiverHandle = 0;
     ReceiverLibrary receiverLibrary;
+    audio::CtbWaveFile waveFile; ///< the one for playback or recording
+    FileState fileState = FileState::Idle;
     std::uint32_t processingRate = 48000; ///< of the samples now entering the demodulators [Hz]
     std::unique_ptr<audio::CtbWaveOut> waveOut;
     std::uint32_t audioSampleRate = 16000; ///< of all decoded audio [Hz]
     bool decoderEnabled = true;            ///< host power
+    std::uint32_t pauseFlags = 0;          ///< 1 by the user, 2 by squelch, 4 for want of signal
     dsp::CtbFloatBlock floatSamples;   ///< the block, -1.0 to just under 1.0; the notch works on it in place
+    dsp::CtbSampleBlock fileSamples;   ///< read from `waveFile`
     dsp::CtbSampleBlock analogSamples; ///< FM audio before decimation
     std::unique_ptr<audio::CtbWaveIn> waveIn;
     OwnedReceiverRecord receiverRecord; ///< own copy of the host's
@@ -280,7 +341,12 @@ private:
     std::int32_t afFilterLength = 512;
     std::int32_t afEnabled = 0;
     std::uint32_t selectiveSquelchMask = 0;
-    std::int32_t analogHoldoff = 4; ///< blocks of FM audio silenced so far, up to 20
+    std::int32_t analogHoldoff = 4;   ///< blocks of FM audio silenced so far, up to 20
+    bool fileIsAudio = false;         ///< the file holds audio, not intermediate frequency
+    std::uint32_t fileSampleRate = 0; ///< of the file that is played [Hz]
+    std::int32_t pauseUnderSquelch = 0;
+    std::int32_t pauseNoOrva = 0;
+    std::int32_t orvaSignalLatch = 0; ///< non-zero while digital signal counts as present
     std::uint32_t hostSquelchType = 0;
     std::int32_t voiceThreshold = 0; ///< [percent]
     std::int32_t ctcssTone = -1;     ///< [0.001 Hz]
@@ -329,6 +395,7 @@ private:
     std::int32_t currentSid = 0;
     std::int32_t currentDid = 0;
     std::int32_t currentBer = 0; ///< [0.1 %]
+    bool playNextFile = false;   ///< tested when playback stops; never set
     std::unique_ptr<ui::COrvaPluginWindow> window;
     std::atomic<HWND> windowHandle = nullptr; ///< for the receiver's thread
     dsp::TFIR_F32 inputDecimator;             ///< input rate to 16000

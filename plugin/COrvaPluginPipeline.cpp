@@ -59,11 +59,26 @@ bool COrvaPlugin::Walk(const std::int16_t* samples, std::uint32_t count) {
     if (scannerActive) {
         return ScanBlock(samples, count);
     }
-    std::uint32_t spectrumFlags = kSpectrumLive;
-    if (receiverLibrary.K7InvertSpectrum != nullptr) {
+    if (fileState == FileState::Playing) {
+        return PlayBlock(count); // the live block is a clock
+    }
+    InvertSpectrum(samples, count);
+    if (IsRecording(false)) {
+        Record(samples, count);
+    }
+    return RunStages(samples, count, kSpectrumLive);
+}
+
+/// Live samples alone, in place.
+void COrvaPlugin::InvertSpectrum(const std::int16_t* samples, std::uint32_t count) {
+    if (fileState != FileState::Reserved && receiverLibrary.K7InvertSpectrum != nullptr) {
         receiverLibrary.K7InvertSpectrum(receiverHandle, const_cast<std::int16_t*>(samples), count,
                                          static_cast<float>(inputSampleRate), kInvertBits, 0);
     }
+}
+
+/// The stages from the spectrum on, for live samples and those of a file.
+bool COrvaPlugin::RunStages(const std::int16_t* samples, std::uint32_t count, std::uint32_t spectrumFlags) {
     if (!ToFloats(samples, count)) {
         return false;
     }
@@ -73,6 +88,7 @@ bool COrvaPlugin::Walk(const std::int16_t* samples, std::uint32_t count) {
     }
     const BlockResult block = RunDigitalChain(count);
     EvaluateSelectiveSquelch();
+    PauseBySignal(block, samples, count);
     const bool nothingDigital = block.transmission == 0 && block.voiceBlocks == 0;
     if (nothingDigital && demodulationMode != DemodulationMode::Digital) {
         return RunFmChain(count);
@@ -185,8 +201,11 @@ void COrvaPlugin::PlayVoiceBlock() {
         voiceInterpolator.FilterI16(audio, voice->Data(), static_cast<std::int32_t>(count));
     frameDecoder.PushFreeBlock(voice);
     const auto samples = static_cast<std::size_t>(std::max(written, 0));
-    if (squelchBits != 0) {
+    if (IsSilencedBySquelch()) {
         std::fill_n(audio, samples, std::int16_t{0});
+    }
+    if (IsRecording(true)) {
+        Record(audio, static_cast<std::uint32_t>(samples)); // before the mute of encrypted calls
     }
     if (currentAudioBlock == nullptr) {
         TakeAudioBlock();
@@ -240,10 +259,13 @@ bool COrvaPlugin::RunFmChain(std::uint32_t count) {
     }
     AdvanceScan(audioCount);
     HoldOff(audioCount);
-    if (squelchBits != 0) {
+    if (IsSilencedBySquelch()) {
         std::fill_n(decimatedSamples.Data(), audioCount, std::int16_t{0});
     }
-    return CutIntoAudioBlocks(decimatedSamples.Data(), audioCount);
+    if (IsRecording(true)) {
+        Record(decimatedSamples.Data(), audioCount);
+    }
+    return CutIntoAudioBlocks(decimatedSamples.Data(), audioCount, AudioBlockUse::Offer);
 }
 
 bool COrvaPlugin::ToAnalogSamples(const float* analog, std::uint32_t count) {
@@ -271,7 +293,7 @@ void COrvaPlugin::HoldOff(std::uint32_t count) {
 /// Fills blocks of output across calls.
 ///
 /// \return false if there was no block for the rest
-bool COrvaPlugin::CutIntoAudioBlocks(const std::int16_t* samples, std::uint32_t count) {
+bool COrvaPlugin::CutIntoAudioBlocks(const std::int16_t* samples, std::uint32_t count, AudioBlockUse use) {
     while (count > 0) {
         if (currentAudioBlock == nullptr && !TakeAudioBlock()) {
             return false;
@@ -285,7 +307,11 @@ bool COrvaPlugin::CutIntoAudioBlocks(const std::int16_t* samples, std::uint32_t 
             // Detached first: the host may come back into the instance from the offer.
             dsp::CtbSampleBlock* full = currentAudioBlock;
             currentAudioBlock = nullptr;
-            OfferAudioToHost(full);
+            if (use == AudioBlockUse::Offer) {
+                OfferAudioToHost(full);
+            } else {
+                full->SetUsed(audioBlockFill);
+            }
             WriteOut(full);
         }
     }

@@ -90,9 +90,15 @@ void COrvaPlugin::SetSelectiveSquelchValue(std::uint32_t bit, std::uint32_t valu
 }
 
 void COrvaPlugin::ShowSquelch() {
-    if (window) {
+    if (window && fileState != FileState::Playing) {
         window->SetSquelched(squelchBits != 0);
     }
+    PauseBySquelch();
+}
+
+/// A file is played whatever the squelch says.
+bool COrvaPlugin::IsSilencedBySquelch() const {
+    return squelchBits != 0 && fileState != FileState::Playing;
 }
 
 // --- the host's squelch and scanner ------------------------------------------------------------------------

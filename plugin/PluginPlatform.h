@@ -2,6 +2,7 @@
 #pragma once
 
 #include "audio/DeviceSetupPlatform.h"
+#include "audio/FilePlatform.h"
 #include "audio/WaveInPlatform.h"
 #include "audio/WaveOutPlatform.h"
 #include "plugin/ReceiverLibrary.h"
@@ -15,9 +16,12 @@ struct PluginPlatform {
     const audio::WaveOutPlatform* waveOut;
     const audio::WaveInPlatform* waveIn;
     const audio::DeviceSetupPlatform* deviceSetup;
+    const audio::FilePlatform* files; ///< of recordings
     LibraryPlatform library;
     /// Shows a message to the user, modal to `owner`.
     void (*showError)(HWND owner, const char* text, const char* title);
+    /// Asks the user something, modal to `owner`. Returns the index of the button: 0 "Yes", 1 "No".
+    int (*ask)(HWND owner, const char* text, const char* title);
 };
 
 /// The machine itself.

@@ -57,6 +57,8 @@ LRESULT COrvaPluginWindow::WndProc(UINT message, WPARAM wParam, LPARAM lParam) {
         owner->DeferredStart();
     } else if (message == kInputBlock) {
         onInputBlock.Fire(this);
+    } else if (message == WM_COPYDATA && lParam != 0 && InSendMessage() == FALSE) {
+        return PerformFileCommand(*reinterpret_cast<const COPYDATASTRUCT*>(lParam)) ? TRUE : FALSE;
     }
     // The instance may have been closed, and the window with it.
     return life.IsAlive() ? TmyComponent::WndProc(message, wParam, lParam) : 0;
@@ -199,6 +201,19 @@ void COrvaPluginWindow::SetSquelched(bool squelched) {
     }
 }
 
+void COrvaPluginWindow::SetFileMode(std::int32_t mode) {
+    fileMode = mode;
+    if (spectrum != nullptr) {
+        spectrum->SetPlaybackMode(mode);
+    }
+}
+
+void COrvaPluginWindow::SetAudioMode(bool isAudio) {
+    if (spectrum != nullptr) {
+        spectrum->SetAudioMode(isAudio);
+    }
+}
+
 void COrvaPluginWindow::SetAFEnabled(std::int32_t enabled) {
     afEnabledShown = enabled;
     if (setupDialog != nullptr) {
@@ -239,6 +254,91 @@ void COrvaPluginWindow::ShowOrvaGain(std::int32_t decibels) {
 void COrvaPluginWindow::ShowAudioFilter(dsp::TFIR_F32& filter) {
     if (setupDialog != nullptr) {
         setupDialog->ShowAudioFilter(filter);
+    }
+}
+
+// --- recording and playback --------------------------------------------------------------------------------
+
+/// What a program asks for in the user's place.
+bool COrvaPluginWindow::PerformFileCommand(const COPYDATASTRUCT& data) {
+    if (owner == nullptr) {
+        return false;
+    }
+    const LifeGuard life(this);
+    const auto command = static_cast<FileCommand>(data.dwData);
+    const char* text = static_cast<const char*>(data.lpData);
+    const bool wasAsked =
+        fileCommands.Perform(command, text != nullptr ? std::string(text, data.cbData) : "", *owner);
+    if (!wasAsked || !life.IsAlive()) {
+        return wasAsked;
+    }
+    if (command == FileCommand::Pause || command == FileCommand::Resume) {
+        SetPaused(command == FileCommand::Pause); // a user's press would have moved the button
+    }
+    return fileCommands.HasSucceeded(command);
+}
+
+void COrvaPluginWindow::SetFile(const audio::CtbWaveFile* file, bool supported) {
+    fileCommands.SetSupported(supported);
+    if (playRecPanel != nullptr) {
+        playRecPanel->SetFile(file, supported);
+    }
+}
+
+void COrvaPluginWindow::SetPlaying() {
+    fileCommands.SetActivity(FileCommandDoor::Activity::Playing);
+    if (playRecPanel != nullptr) {
+        playRecPanel->SetPlaying();
+    }
+}
+
+void COrvaPluginWindow::SetRecording() {
+    fileCommands.SetActivity(FileCommandDoor::Activity::Recording);
+    if (playRecPanel != nullptr) {
+        playRecPanel->SetRecording();
+    }
+}
+
+void COrvaPluginWindow::SetStopped() {
+    fileCommands.SetActivity(FileCommandDoor::Activity::Rest);
+    if (playRecPanel != nullptr) {
+        playRecPanel->SetStopped();
+    }
+}
+
+void COrvaPluginWindow::SetPaused(bool paused) {
+    if (playRecPanel != nullptr) {
+        playRecPanel->SetPaused(paused);
+    }
+}
+
+void COrvaPluginWindow::ShowFilePosition(std::uint32_t bytes, std::uint32_t seconds) {
+    if (playRecPanel != nullptr) {
+        playRecPanel->SetSliderPosition(bytes);
+        playRecPanel->SetPosition(seconds);
+    }
+}
+
+void COrvaPluginWindow::ShowFileSize(std::uint32_t bytes, std::uint32_t seconds) {
+    if (playRecPanel != nullptr) {
+        playRecPanel->SetSize(bytes);
+        playRecPanel->SetPosition(seconds);
+    }
+}
+
+std::optional<RecordingChoice> COrvaPluginWindow::GetRecordingChoice() {
+    if (std::optional<RecordingChoice> choice = fileCommands.TakeChoice()) {
+        return choice;
+    }
+    if (playRecPanel != nullptr) {
+        return playRecPanel->GetRecordingChoice();
+    }
+    return std::nullopt;
+}
+
+void COrvaPluginWindow::SelectNextFile() {
+    if (playRecPanel != nullptr) {
+        playRecPanel->SelectNext();
     }
 }
 

@@ -3,11 +3,14 @@
 
 #include "toolkit/TmyComponent.h"
 #include "ui/CallReadout.h"
+#include "ui/FileCommandDoor.h"
+#include "ui/IPlayRecView.h"
 #include "ui/IPluginWindowOwner.h"
 #include "ui/ISetupView.h"
 #include "ui/ISpectrumView.h"
 
 #include <cstdint>
+#include <optional>
 
 namespace orva::ui {
 
@@ -18,6 +21,7 @@ namespace orva::ui {
 /// |---------------|------------------------------------|
 /// | `WM_USER`     | the deferred start of the instance |
 /// | `WM_USER` + 1 | fires `onInputBlock`               |
+/// | `WM_COPYDATA` | a `FileCommand` of the own thread  |
 ///
 /// The retry timer fires `onRetryTimer`.
 class COrvaPluginWindow : public toolkit::TmyComponent {
@@ -43,6 +47,8 @@ public:
     void SetSpectrumRate(std::uint32_t rate);
     void SetSpectrumShape(const std::int8_t* values, std::uint32_t count);
     void SetSquelched(bool squelched);
+    void SetFileMode(std::int32_t mode); ///< 0 no file, 1 intermediate frequency is played, 2 audio is
+    void SetAudioMode(bool isAudio);     ///< the spectrum is one of audio
     void SetBer(float percent);
     void SetNac(std::int32_t nac);
     void SetTgid(std::int32_t talkGroup);
@@ -65,6 +71,20 @@ public:
     void ShowOrvaGain(std::int32_t decibels);
     void ShowAudioFilter(dsp::TFIR_F32& filter);
 
+    // The play and record panel.
+
+    /// \param file  not kept
+    void SetFile(const audio::CtbWaveFile* file, bool supported);
+    void SetPlaying();
+    void SetRecording();
+    void SetStopped();
+    void SetPaused(bool paused);
+    void ShowFilePosition(std::uint32_t bytes, std::uint32_t seconds); ///< of a file that is played
+    void ShowFileSize(std::uint32_t bytes, std::uint32_t seconds);     ///< of a file that grows
+    /// What to record and where; nothing if there is nobody to say so.
+    [[nodiscard]] std::optional<RecordingChoice> GetRecordingChoice();
+    void SelectNextFile();
+
     [[nodiscard]] const CallReadout& Readout() const { return readout; }
 
     toolkit::TmyEvent<> onInputBlock;
@@ -84,10 +104,14 @@ private:
     friend struct COrvaPluginWindowInspector;
 
     void Refresh();
+    bool PerformFileCommand(const COPYDATASTRUCT& data);
 
     IPluginWindowOwner* owner = nullptr;
-    ISpectrumView* spectrum = nullptr; ///< a child; null while there is none
-    ISetupView* setupDialog = nullptr; ///< the same
+    ISpectrumView* spectrum = nullptr;    ///< a child; null while there is none
+    ISetupView* setupDialog = nullptr;    ///< the same
+    IPlayRecView* playRecPanel = nullptr; ///< the same
+    FileCommandDoor fileCommands;
+    std::int32_t fileMode = 0;
     CallReadout readout;
     std::int32_t demodulationModeShown = 0;
     std::uint32_t selectiveMaskShown = 0;

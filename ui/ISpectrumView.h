@@ -16,6 +16,9 @@ public:
     /// Correction of the receiver's filter, `count` values around 0.
     virtual void SetShape(const std::int8_t* values, std::uint32_t count) = 0;
     virtual void SetSquelched(bool squelched) = 0;
+    virtual void
+    SetPlaybackMode(std::int32_t mode) = 0;      ///< 0 live, 1 intermediate frequency is played, 2 audio is
+    virtual void SetAudioMode(bool isAudio) = 0; ///< the band begins at 0
     virtual void SetEnabled(bool enabled) = 0;
 };
 

@@ -15,6 +15,16 @@ struct COrvaPluginInspector {
     [[nodiscard]] auto& SignalIndicator() const { return plugin.signalIndicator; }
     [[nodiscard]] auto& ReceiverHandle() const { return plugin.receiverHandle; }
     [[nodiscard]] auto& ReceiverLibrary() const { return plugin.receiverLibrary; }
+    [[nodiscard]] auto& WaveFile() const { return plugin.waveFile; }
+    [[nodiscard]] auto& FileState() const { return plugin.fileState; }
+    [[nodiscard]] auto& PauseFlags() const { return plugin.pauseFlags; }
+    [[nodiscard]] auto& FileSamples() const { return plugin.fileSamples; }
+    [[nodiscard]] auto& FileIsAudio() const { return plugin.fileIsAudio; }
+    [[nodiscard]] auto& FileSampleRate() const { return plugin.fileSampleRate; }
+    [[nodiscard]] auto& PauseUnderSquelch() const { return plugin.pauseUnderSquelch; }
+    [[nodiscard]] auto& PauseNoOrva() const { return plugin.pauseNoOrva; }
+    [[nodiscard]] auto& OrvaSignalLatch() const { return plugin.orvaSignalLatch; }
+    [[nodiscard]] auto& PlayNextFile() const { return plugin.playNextFile; }
     [[nodiscard]] auto& ProcessingRate() const { return plugin.processingRate; }
     [[nodiscard]] auto& WaveOut() const { return plugin.waveOut; }
     [[nodiscard]] auto& AudioSampleRate() const { return plugin.audioSampleRate; }
@@ -92,6 +102,7 @@ struct COrvaPluginInspector {
     [[nodiscard]] auto& AudioFilter() const { return plugin.audioFilter; }
     [[nodiscard]] auto& HostAudioBuffer() const { return plugin.hostAudioBuffer; }
 
+    [[nodiscard]] bool IsFileSupported() const { return plugin.IsFileSupported(); }
     void EvaluateSelectiveSquelch() const { plugin.EvaluateSelectiveSquelch(); }
     void EvaluateHostSquelch(std::int16_t* samples, std::uint32_t count) const {
         plugin.EvaluateHostSquelch(samples, count);

@@ -11,8 +11,13 @@ PluginFixture* fixture = nullptr;
 } // namespace
 
 PluginFixture::PluginFixture()
-    : platform{&waveOut.Platform(), &waveIn.Platform(), &card.Platform(), FakeReceiverLibrary::Platform(),
-               &PluginFixture::ShowError},
+    : platform{&waveOut.Platform(),
+               &waveIn.Platform(),
+               &card.Platform(),
+               &audio::SystemFiles(),
+               FakeReceiverLibrary::Platform(),
+               &PluginFixture::ShowError,
+               &PluginFixture::Ask},
       entries({&PluginFixture::MakeInstance, &PluginFixture::Pump, &PluginFixture::PostDeferredStart}) {
     fixture = this;
 }
@@ -43,6 +48,15 @@ void PluginFixture::ShowError(HWND owner, const char* text, const char* title) {
     if (fixture->onError) {
         fixture->onError();
     }
+}
+
+int PluginFixture::Ask(HWND owner, const char* text, const char* title) {
+    EXPECT_EQ(owner, fixture->window);
+    fixture->questions.push_back(std::string(title) + ": " + text);
+    if (fixture->onQuestion) {
+        fixture->onQuestion();
+    }
+    return fixture->button;
 }
 
 void PluginFixture::StartWithWaveInput() {

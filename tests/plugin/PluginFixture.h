@@ -70,11 +70,15 @@ protected:
     HWND window = nullptr;                   ///< its window
     std::vector<std::string> errors;         ///< boxes shown: title, colon, text
     std::function<void()> onError;           ///< while one is open
+    std::vector<std::string> questions;      ///< boxes that asked something: title, colon, text
+    std::function<void()> onQuestion;        ///< while one is open
+    int button = 1;                          ///< the answer: index of the button
 
 private:
     static plugin::IPluginInstance* MakeInstance(std::uint32_t hostHandle, plugin::ReceiverRecord* given);
     static void PostDeferredStart(plugin::WindowHandle target);
     static void ShowError(HWND owner, const char* text, const char* title);
+    static int Ask(HWND owner, const char* text, const char* title);
 };
 
 } // namespace orva::test

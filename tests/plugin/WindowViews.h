@@ -1,11 +1,13 @@
 /// Views of the top window for tests.
 #pragma once
 
+#include "audio/CtbWaveFile.h"
 #include "ui/COrvaPluginWindow.h"
 
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orva::ui {
@@ -18,6 +20,8 @@ struct COrvaPluginWindowInspector {
         window.spectrum = spectrum;
         window.setupDialog = setup;
     }
+    void SetPlayRecPanel(IPlayRecView* panel) const { window.playRecPanel = panel; }
+    [[nodiscard]] std::int32_t FileMode() const { return window.fileMode; }
 };
 
 } // namespace orva::ui
@@ -40,6 +44,8 @@ public:
     }
     void SetSquelched(bool squelched) override { squelchedShown.push_back(squelched); }
     void SetEnabled(bool enabled) override { enabledShown.push_back(enabled); }
+    void SetPlaybackMode(std::int32_t mode) override { playbackModes.push_back(mode); }
+    void SetAudioMode(bool isAudio) override { audioModes.push_back(isAudio); }
 
     std::function<void(float* samples, std::uint32_t count)> notch;
     std::vector<std::uint32_t> allFlags;
@@ -48,6 +54,52 @@ public:
     std::vector<std::vector<std::int8_t>> shapes;
     std::vector<bool> squelchedShown;
     std::vector<bool> enabledShown;
+    std::vector<std::int32_t> playbackModes;
+    std::vector<bool> audioModes;
+};
+
+/// A play and record panel: notes what it is told, and answers as the test says.
+class FakePlayRec : public ui::IPlayRecView {
+public:
+    void SetFile(const audio::CtbWaveFile* file, bool supported) override {
+        const bool isOpen = file != nullptr && file->IsOpen();
+        Add(std::string("file ") + (isOpen ? file->GetFileName().Text() : "-") +
+            (supported ? "" : ", unsupported"));
+    }
+    void SetPlaying() override { Add("playing"); }
+    void SetRecording() override { Add("recording"); }
+    void SetStopped() override { Add("stopped"); }
+    void SetPaused(bool paused) override { Add(paused ? "paused" : "resumed"); }
+    void SetPosition(std::uint32_t newSeconds) override { seconds = newSeconds; }
+    void SetSliderPosition(std::uint32_t bytes) override {
+        position = bytes;
+        ++positionsShown;
+    }
+    void SetSize(std::uint32_t bytes) override {
+        size = bytes;
+        ++sizesShown;
+    }
+    [[nodiscard]] ui::RecordingChoice GetRecordingChoice() const override { return choice; }
+    void SelectNext() override { Add("next"); }
+
+    /// What was said since the last time, other than numbers.
+    std::vector<std::string> Take() { return std::exchange(shown, {}); }
+
+    ui::RecordingChoice choice;
+    bool keeps = true; ///< off for tests that count allocations
+    std::vector<std::string> shown;
+    std::uint32_t seconds = 0;
+    std::uint32_t position = 0;
+    std::uint32_t size = 0;
+    int positionsShown = 0;
+    int sizesShown = 0;
+
+private:
+    void Add(const std::string& what) {
+        if (keeps) {
+            shown.push_back(what);
+        }
+    }
 };
 
 /// Notes what it is told.
