@@ -160,16 +160,20 @@ void TmyMsgBox::OnKeyPreview(WPARAM& key, LPARAM flags, TmyControl* sender) {
     }
 }
 
-int TmyMsgBox::ShowMessage(const char* text, const char* title, int count) {
-    if (IsInModal()) {
-        return kClosed; // its loop runs further down on the stack
-    }
+void TmyMsgBox::SetMessage(const char* text, const char* title, int count) {
     if (count != 0) {
         SetButtonCount(count);
     }
     SetText(title != nullptr ? title : "");
     LayOut(text != nullptr ? text : "");
     CentreOnOwner();
+}
+
+int TmyMsgBox::ShowMessage(const char* text, const char* title, int count) {
+    if (IsInModal()) {
+        return kClosed; // its loop runs further down on the stack
+    }
+    SetMessage(text, title, count);
     const std::uint8_t defaultButton = keyTable[VK_RETURN];
     const LifeGuard life(this);
     SetVisible(true);

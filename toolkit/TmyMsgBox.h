@@ -57,6 +57,8 @@ public:
     /// `kQuit`
     ///         if the application quits, and if there is no window
     int ShowMessage(const char* text, const char* title, int count = 0);
+    /// What `ShowMessage` does before it shows the box; the same arguments.
+    void SetMessage(const char* text, const char* title, int count = 0);
 
     void OnKeyPreview(WPARAM& key, LPARAM flags, TmyControl* sender) override;
     void SetStyleValue(StyleValue index, std::uint32_t value, bool unshare = false) override;

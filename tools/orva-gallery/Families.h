@@ -10,5 +10,8 @@ void FillLightButtons(Family& family);
 void FillPanels(Family& family);
 void FillLabels(Family& family);
 void FillArrows(Family& family);
+void FillSliders(Family& family);
+void FillLists(Family& family);
+void FillComboBoxes(Family& family);
 
 } // namespace orva::gallery

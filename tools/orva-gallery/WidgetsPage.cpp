@@ -21,6 +21,9 @@ constexpr Entry kFamilies[] = {
     {"Tmy_Btn, Tmy_Btn2", FillLightButtons},
     {"TmyLabel, Tmy_Label", FillLabels},
     {"Arrows", FillArrows},
+    {"TmySlider, Tmy_ScrollBar", FillSliders},
+    {"TmyListBox", FillLists},
+    {"TmyComboBox", FillComboBoxes},
 };
 
 constexpr std::size_t kColumns = 2;
