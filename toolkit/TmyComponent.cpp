@@ -119,6 +119,30 @@ void TmyComponent::Subclass(HWND platformWindow) {
     UpdateBounds();
 }
 
+void TmyComponent::TakePlatformClass(const char* platformClass, const char* title, DWORD windowStyle,
+                                     DWORD extendedStyle) {
+    SetState(ControlState::Hidden, (windowStyle & WS_VISIBLE) == 0);
+    SetState(ControlState::Focusable, (windowStyle & WS_TABSTOP) != 0);
+    if (window == nullptr) {
+        return;
+    }
+    if (hiddenWithParent) {
+        windowStyle &= ~static_cast<DWORD>(WS_VISIBLE);
+    }
+    const HWND container = ::GetParent(window);
+    RECT place{};
+    GetWindowRect(window, &place);
+    MapWindowPoints(nullptr, container, reinterpret_cast<POINT*>(&place), 2);
+    const HWND made = CreateWindowExA(extendedStyle, platformClass, title, windowStyle, place.left, place.top,
+                                      place.right - place.left, place.bottom - place.top, container, nullptr,
+                                      Application().ModuleHandle(), nullptr);
+    if (made == nullptr) {
+        return;
+    }
+    Subclass(made);
+    SendMessageA(window, WM_SETFONT, reinterpret_cast<WPARAM>(EffectiveFont()), FALSE);
+}
+
 // --- bounds ------------------------------------------------------------------------------------------------
 
 void TmyComponent::UpdateBounds() {

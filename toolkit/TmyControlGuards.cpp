@@ -8,10 +8,16 @@ TmyControl::LifeGuard::LifeGuard(TmyControl* guarded) : control(guarded), next(g
     guarded->guards = this;
 }
 
+/// The last guard is the first to go as a rule; those that are members go in any order.
 TmyControl::LifeGuard::~LifeGuard() {
-    if (control != nullptr) {
-        control->guards = next;
+    if (control == nullptr) {
+        return;
     }
+    LifeGuard** link = &control->guards;
+    while (*link != this) {
+        link = &(*link)->next;
+    }
+    *link = next;
 }
 
 TmyControl::ChildWalk::ChildWalk(TmyControl* walkedParent)

@@ -10,6 +10,7 @@
 #include <functional>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -108,6 +109,9 @@ struct EventCount {
             return static_cast<std::int64_t>(value);
         }
     }
+
+    /// The count so far, which begins anew.
+    int Take() { return std::exchange(count, 0); }
 
     int count = 0;
     std::int64_t last = -1; ///< the last argument of the last time
