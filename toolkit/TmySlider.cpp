@@ -181,6 +181,22 @@ RECT TmySlider::KnobRect() const {
     return {start, top, start + knob.cx, top + knob.cy};
 }
 
+/// The line across the middle of the knob, where the value is: one pixel thick, or two where the middle lies
+/// between two.
+RECT TmySlider::MarkRect() const {
+    const RECT knob = KnobRect();
+    RECT mark = knob;
+    InflateRect(&mark, -kKnobBorder, -kKnobBorder);
+    if (IsVertical()) {
+        mark.top = (knob.top + knob.bottom - 1) / 2;
+        mark.bottom = knob.bottom - (mark.top - knob.top);
+    } else {
+        mark.left = (knob.left + knob.right - 1) / 2;
+        mark.right = knob.right - (mark.left - knob.left);
+    }
+    return mark;
+}
+
 /// The middles of the knob at its two ends are the ends of the track.
 RECT TmySlider::TrackRect() const {
     const RECT room = Room();
@@ -345,17 +361,7 @@ void TmySlider::DrawKnob(HDC dc) const {
     FillSolid(dc, knob, surface);
     DrawFrame(dc, knob, dragging ? kFrameSunken : kFrameRaised, kKnobBorder, surface,
               static_cast<int>(GetStyleValue(StyleValue::Brightness)));
-    // A line across the middle, where the value is.
-    RECT mark = knob;
-    InflateRect(&mark, -kKnobBorder, -kKnobBorder);
-    if (IsVertical()) {
-        mark.top = (knob.top + knob.bottom) / 2;
-        mark.bottom = mark.top + 1;
-    } else {
-        mark.left = (knob.left + knob.right) / 2;
-        mark.right = mark.left + 1;
-    }
-    FillSolid(dc, mark, ForeColor());
+    FillSolid(dc, MarkRect(), ForeColor());
 }
 
 void TmySlider::DrawValue(HDC dc) const {

@@ -52,6 +52,7 @@ public:
     /// In client coordinates.
     [[nodiscard]] RECT KnobRect() const;
     [[nodiscard]] RECT TrackRect() const;
+    [[nodiscard]] RECT MarkRect() const;
 
     void OnPaint(HDC dc) override;
     void OnLeftButtonDown(WPARAM flags, int x, int y) override;
