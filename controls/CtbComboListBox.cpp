@@ -20,8 +20,8 @@ void CtbComboListBox::LeaveParent() {
         return;
     }
     const HWND ownerWindow = GetAncestor(window, GA_ROOT);
-    const auto style = static_cast<DWORD>(GetWindowLongA(window, GWL_STYLE));
-    SetWindowLongA(window, GWL_STYLE, static_cast<LONG>((style & ~WS_CHILD) | WS_POPUP));
+    const auto childStyle = static_cast<DWORD>(GetWindowLongA(window, GWL_STYLE));
+    SetWindowLongA(window, GWL_STYLE, static_cast<LONG>((childStyle & ~WS_CHILD) | WS_POPUP));
     ::SetParent(window, nullptr);
     SetWindowLongA(window, GWL_HWNDPARENT, static_cast<LONG>(reinterpret_cast<LONG_PTR>(ownerWindow)));
     TakePlace();
