@@ -5,9 +5,9 @@
 
 namespace orva::audio {
 
-bool BufferedFile::OpenForReading(const char* path) {
+bool BufferedFile::OpenForReading(const char* existingPath) {
     Close();
-    if (!Start(platform->openForReading(path), Mode::Reading)) {
+    if (!Start(platform->openForReading(existingPath), Mode::Reading)) {
         return false;
     }
     bytesInFile = platform->size(file);
@@ -21,12 +21,13 @@ bool BufferedFile::OpenStandardInput() {
     return Start(platform->standardInput(), Mode::Reading);
 }
 
-bool BufferedFile::Create(const char* path) {
+bool BufferedFile::Create(const char* newPath) {
     Close();
-    if (!Start(platform->create(path), Mode::Writing)) {
+    path = newPath;
+    if (!Start(platform->create(newPath), Mode::Writing)) {
         return false;
     }
-    hadName = platform->hasName(file);
+    isWatched = platform->isInPlace(file, path.c_str());
     return true;
 }
 
@@ -42,7 +43,7 @@ bool BufferedFile::Close() {
     file = kNoFile;
     mode = Mode::Closed;
     bytesInFile = -1;
-    canSeek = hadName = isBorrowed = false;
+    canSeek = isWatched = isBorrowed = false;
     position = origin = 0;
     length = 0;
     return flushed && closed;
@@ -138,7 +139,7 @@ bool BufferedFile::Flush() {
     std::memmove(buffer.data(), buffer.data() + sent, length - sent);
     origin += sent;
     length -= sent;
-    return length == 0 && (!hadName || platform->hasName(file));
+    return length == 0 && (!isWatched || platform->isInPlace(file, path.c_str()));
 }
 
 void BufferedFile::DropUnwritten() {

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace orva::audio {
 
@@ -24,10 +25,11 @@ public:
     BufferedFile& operator=(const BufferedFile&) = delete;
     ~BufferedFile() { Close(); }
 
-    /// Each first closes what is open.
+    /// Each first closes what is open. Without memory for the path they throw std::bad_alloc.
+    ///
     /// \return false if the platform refuses
-    bool OpenForReading(const char* path);
-    bool Create(const char* path);
+    bool OpenForReading(const char* existingPath);
+    bool Create(const char* newPath);
     /// Reads what the process was given; only places further on can be sought in it.
     bool OpenStandardInput();
 
@@ -50,12 +52,12 @@ public:
     /// \return bytes read; fewer than `count` at the end of the file, after a failure, and while writing
     std::size_t Read(void* bytes, std::size_t count);
 
-    /// \return bytes taken; fewer than `count` once the platform takes no more, when the file was deleted,
-    /// and while reading. The buffer keeps what it took for the next attempt.
+    /// \return bytes taken; fewer than `count` once the platform takes no more, when the path no longer leads
+    /// to the file, and while reading. The buffer keeps what it took for the next attempt.
     std::size_t Write(const void* bytes, std::size_t count);
 
     /// Gives the platform what the buffer holds.
-    /// \return false if it does not take all, or the file was deleted
+    /// \return false if it does not take all, and when the path no longer leads to the file
     bool Flush();
 
     /// Forgets what the buffer holds: the position is then the end of what the platform took.
@@ -73,7 +75,8 @@ private:
     Mode mode = Mode::Closed;
     std::int64_t bytesInFile = -1;
     bool canSeek = false;
-    bool hadName = false;
+    bool isWatched = false; ///< writing: `path` led to the file when it was made
+    std::string path;
     bool isBorrowed = false;
     std::uint64_t position = 0; ///< reading: offset of the next byte
     std::uint64_t origin = 0;   ///< offset of the buffer's first byte

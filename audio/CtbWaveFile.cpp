@@ -34,7 +34,7 @@ static_assert(sizeof(FormatExtension) == 8);
 
 bool CtbWaveFile::Open(const char* newPath) {
     Close();
-    if (!SetPath(newPath) || path.IsEmpty() || !file.OpenForReading(path.Text())) {
+    if (!OpenFile(newPath, &RiffFile::OpenForReading)) {
         return FinishOpening(WaveOpening::CannotOpen);
     }
     fileSize = static_cast<std::uint32_t>(file.GetSize());
@@ -43,18 +43,19 @@ bool CtbWaveFile::Open(const char* newPath) {
 
 bool CtbWaveFile::OpenStandardInput() {
     Close();
+    fileSize = kNoFileSize;
     return FinishOpening(file.OpenStandardInput() ? OpenChunks() : WaveOpening::CannotOpen);
 }
 
-/// Stores a path, unless it is null, and what its name tells. False without memory.
-bool CtbWaveFile::SetPath(const char* newPath) {
+/// Stores a path, unless it is null, and what its name tells; opens the file in one of two ways.
+bool CtbWaveFile::OpenFile(const char* newPath, bool (RiffFile::*open)(const char*)) {
     try {
         if (newPath != nullptr) {
             path = newPath;
         }
         fileName = path.FileName().StripExtension();
         isIF = fileName.Extension() == "if";
-        return true;
+        return !path.IsEmpty() && (file.*open)(path.Text());
     } catch (const std::bad_alloc&) {
         return false;
     }
@@ -80,8 +81,16 @@ WaveOpening CtbWaveFile::OpenChunks() {
         return file.GetPosition() == 0 ? WaveOpening::Empty : WaveOpening::NotWave;
     }
     const std::uint64_t chunksStart = file.GetPosition();
-    const WaveOpening result = ReadFormat();
-    return result == WaveOpening::Opened ? OpenData(chunksStart, riff.size) : result;
+    WaveOpening result = ReadFormat();
+    if (result == WaveOpening::Opened) {
+        result = OpenData(riff.size);
+    }
+    RiffChunk misplaced;
+    if (result == WaveOpening::NoData && file.Seek(chunksStart) &&
+        file.Descend(misplaced, kDataId) == RiffSearch::Found) {
+        result = WaveOpening::DataBeforeFormat;
+    }
+    return result;
 }
 
 WaveOpening CtbWaveFile::ReadFormat() {
@@ -92,28 +101,23 @@ WaveOpening CtbWaveFile::ReadFormat() {
     }
     formatSize = chunk.size;
     // A format of 16 bytes lends two of the next chunk's name; the way on is from the chunk's own end.
-    if (file.Read(&format, sizeof(format)) != sizeof(format)) {
-        return WaveOpening::NoFormat;
+    const std::size_t count = file.Read(&format, sizeof(format));
+    if (count != sizeof(format)) {
+        return count < formatSize ? WaveOpening::NoFormat : WaveOpening::NoData;
     }
     FormatExtension extension{};
     if (formatSize >= sizeof(format) + sizeof(extension)) {
         file.Read(&extension, sizeof(extension));
     }
     subFormat = extension.subFormatTag;
-    file.Ascend(chunk);
-    return WaveOpening::Opened;
+    return file.Ascend(chunk) ? WaveOpening::Opened : WaveOpening::CutShort;
 }
 
-WaveOpening CtbWaveFile::OpenData(std::uint64_t chunksStart, std::uint32_t riffSize) {
+WaveOpening CtbWaveFile::OpenData(std::uint32_t riffSize) {
     RiffChunk chunk;
     const RiffSearch search = file.Descend(chunk, kDataId);
-    if (search == RiffSearch::ContentsCut) {
-        return WaveOpening::CutShort;
-    }
     if (search != RiffSearch::Found) {
-        file.Seek(chunksStart);
-        return file.Descend(chunk, kDataId) == RiffSearch::Found ? WaveOpening::DataBeforeFormat
-                                                                 : WaveOpening::NoData;
+        return search == RiffSearch::ContentsCut ? WaveOpening::CutShort : WaveOpening::NoData;
     }
     dataSize = chunk.size;
     dataStart = static_cast<std::int32_t>(file.GetPosition());
@@ -130,7 +134,7 @@ bool CtbWaveFile::Create(const char* newPath, std::uint32_t sampleRate) {
         return false;
     }
     Close();
-    if (!SetPath(newPath) || !file.Create(path.Text())) {
+    if (!OpenFile(newPath, &RiffFile::Create)) {
         ForgetFile();
         return false;
     }
@@ -238,18 +242,25 @@ std::uint32_t CtbWaveFile::ReadBlock(dsp::CtbSampleBlock& block) {
 }
 
 bool CtbWaveFile::Write(const std::int16_t* buffer, std::uint32_t samples) {
-    if (!IsOpen() || !writing || (maxFileSize > 0 && fileSize >= maxFileSize)) {
+    if (!IsOpen() || !writing) {
         return false;
     }
     const std::uint64_t bytes = std::uint64_t{samples} * kBytesPerSample;
-    if (bytes > std::numeric_limits<std::size_t>::max() || (buffer == nullptr && bytes > 0) ||
-        file.Write(buffer, static_cast<std::size_t>(bytes)) != bytes) {
+    const bool isFull = maxFileSize > 0 && fileSize >= maxFileSize;
+    if (isFull || !WriteBytes(buffer, bytes)) {
         hasLostSamples = true;
         return false;
     }
     dataSize += static_cast<std::uint32_t>(bytes);
     fileSize += static_cast<std::uint32_t>(bytes);
     return true;
+}
+
+bool CtbWaveFile::WriteBytes(const void* bytes, std::uint64_t count) {
+    if (count > std::numeric_limits<std::size_t>::max() || (bytes == nullptr && count > 0)) {
+        return false;
+    }
+    return file.Write(bytes, static_cast<std::size_t>(count)) == count;
 }
 
 } // namespace orva::audio

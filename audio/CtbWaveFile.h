@@ -65,8 +65,8 @@ public:
     /// \return false when there is no such file or no recording in it; the object is then closed
     bool Open(const char* newPath);
 
-    /// The same from what the process was given to read; no position before the present one can be sought in
-    /// it, and it has neither path nor size.
+    /// The same from what the process was given to read. No position before the present one can be sought in
+    /// it, it has no size, and path and name stay what they were.
     bool OpenStandardInput();
 
     /// What the last `Open` came to.
@@ -81,7 +81,8 @@ public:
 
     /// Completes the header of a file that was written, and closes. Path, name and format stay.
     ///
-    /// \return false if something of what was written is not in the file; true without an open file
+    /// \return false if something of what `Write` was given is not in the file, or the file no longer under
+    ///         its path; true without an open file
     bool Close();
 
     [[nodiscard]] bool IsOpen() const { return file.IsOpen(); }
@@ -146,13 +147,14 @@ public:
     void SetMaxFileSize(std::uint32_t bytes) { maxFileSize = bytes; }
 
 private:
-    bool SetPath(const char* newPath);
+    bool OpenFile(const char* newPath, bool (RiffFile::*open)(const char*));
     bool FinishOpening(WaveOpening result);
     WaveOpening OpenChunks();
     WaveOpening ReadFormat();
-    WaveOpening OpenData(std::uint64_t chunksStart, std::uint32_t riffSize);
+    WaveOpening OpenData(std::uint32_t riffSize);
     bool CreateChunks(std::uint32_t sampleRate);
     bool FinishChunks();
+    bool WriteBytes(const void* bytes, std::uint64_t count);
     void ForgetFile();
     [[nodiscard]] std::uint32_t Seconds(std::uint32_t bytes) const;
 
@@ -174,7 +176,7 @@ private:
     std::uint32_t formatSize = 0;
     std::uint16_t subFormat = 0; ///< of an extensible format
     bool isUnfinished = false;
-    bool hasLostSamples = false; ///< a write has failed
+    bool hasLostSamples = false; ///< a write was refused, or failed
 };
 
 } // namespace orva::audio

@@ -102,7 +102,8 @@ std::int64_t Write(FileHandle file, const void* bytes, std::size_t count) {
     return whole == 0 && done == 0 ? -1 : std::int64_t{done};
 }
 
-bool HasName(FileHandle file) {
+/// Nobody may move or delete an open file here; a deleted one has no name left.
+bool IsInPlace(FileHandle file, const char* /*path*/) {
     BY_HANDLE_FILE_INFORMATION information;
     return GetFileInformationByHandle(ToHandle(file), &information) != 0 && information.nNumberOfLinks > 0;
 }
@@ -166,9 +167,11 @@ std::int64_t Write(FileHandle file, const void* bytes, std::size_t count) {
         [=] { return write(ToDescriptor(file), bytes, std::min(count, kMostBytesPerCall)); });
 }
 
-bool HasName(FileHandle file) {
-    struct stat status;
-    return fstat(ToDescriptor(file), &status) == 0 && status.st_nlink > 0;
+bool IsInPlace(FileHandle file, const char* path) {
+    struct stat opened;
+    struct stat named;
+    return fstat(ToDescriptor(file), &opened) == 0 && stat(path, &named) == 0 &&
+           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
 bool Close(FileHandle file) {
@@ -188,7 +191,7 @@ const FilePlatform& SystemFiles() {
         .seek = &Seek,
         .read = &Read,
         .write = &Write,
-        .hasName = &HasName,
+        .isInPlace = &IsInPlace,
         .close = &Close,
     };
     return kSystemFiles;

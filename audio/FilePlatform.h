@@ -30,8 +30,8 @@ struct FilePlatform {
     std::int64_t (*read)(FileHandle file, void* bytes, std::size_t count);
     /// Up to `count` bytes; returns how many, 0 or below after a failure.
     std::int64_t (*write)(FileHandle file, const void* bytes, std::size_t count);
-    /// The file still has a name in some folder.
-    bool (*hasName)(FileHandle file);
+    /// The path still leads to the file: neither was it deleted, nor a folder above it taken away.
+    bool (*isInPlace)(FileHandle file, const char* path);
     /// False when the platform reports that something of the file was lost.
     bool (*close)(FileHandle file);
 };

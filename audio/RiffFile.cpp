@@ -60,7 +60,7 @@ bool RiffFile::Ascend(RiffChunk& chunk) {
     if (chunk.isBeingMade) {
         return FinishChunk(chunk);
     }
-    return chunk.dataOffset == 0 || Seek(EndOf(chunk));
+    return chunk.dataOffset == 0 || (!EndsBefore(chunk.dataOffset + chunk.size) && Seek(EndOf(chunk)));
 }
 
 bool RiffFile::FinishChunk(RiffChunk& chunk) {

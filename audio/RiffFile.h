@@ -54,7 +54,9 @@ public:
 
     /// Of a chunk that was found, moves behind it and its pad byte. Of one being made, writes the size that
     /// it has come to and moves behind it; what cannot be written is left out of the size. Of no chunk at
-    /// all, does nothing. \return false if something could not be written
+    /// all, does nothing.
+    ///
+    /// \return false if the file ends inside the chunk, and if something could not be written
     bool Ascend(RiffChunk& chunk);
 
     /// Writes the header of a chunk at the present position.

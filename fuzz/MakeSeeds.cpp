@@ -159,8 +159,8 @@ void WriteTrunkingSeeds() {
     Write("fuzz-trunking/retuned", retuned);
 }
 
-void WriteWave(const std::string& name, Bytes file) {
-    file.insert(file.begin(), std::uint8_t{2}); // read three samples at a time
+void WriteWave(const std::string& name, Bytes file, std::uint8_t choice = 2) { // read three samples at a time
+    file.insert(file.begin(), choice);
     Write("fuzz-wave/" + name, file);
 }
 
@@ -187,6 +187,23 @@ void WriteWaveSeeds() {
                                 .BytesOfSize(0xFFFFFFFF));
     WriteWave("cut-short",
               RiffBytes().Chunk("fmt ", test::FormatBytes(16)).ChunkOfSize("data", 999, samples).Bytes());
+    WriteWave(
+        "writer-killed",
+        RiffBytes().Chunk("fmt ", test::FormatBytes(18)).ChunkOfSize("data", 0, samples).BytesOfSize(0));
+    WriteWave("two-formats", RiffBytes()
+                                 .Chunk("fmt ", test::FormatBytes(18))
+                                 .Chunk("fmt ", test::FormatBytes(16, {.channels = 2}))
+                                 .Chunk("data", samples)
+                                 .Bytes());
+    WriteWave("zeros", Bytes(600));
+    constexpr std::uint8_t kThroughAPipe = 0x82;
+    WriteWave("pipe",
+              RiffBytes()
+                  .Chunk("LIST", Bytes(301, 0xBB))
+                  .Chunk("fmt ", test::FormatBytes(16))
+                  .Chunk("data", samples)
+                  .Bytes(),
+              kThroughAPipe);
     WriteWave(
         "long-format",
         RiffBytes().ChunkOfSize("fmt ", 0xFFFFFFFF, test::FormatBytes(18)).Chunk("data", samples).Bytes());

@@ -1,6 +1,6 @@
 /// Our files and those of the most widely used library for them.
+#include "audio/CtbWaveFile.h"
 #include "audio/WaveFileReader.h"
-#include "audio/WaveFileWriter.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <cstdint>
@@ -90,10 +90,10 @@ TEST(WaveFileInteroperability, WritesWhatSndfileReads) {
     const test::TemporaryFolder folder;
     const std::string path = folder.Path("ours.wav");
     const Samples samples = Spread(5001);
-    WaveFileWriter writer;
-    ASSERT_TRUE(writer.Create(path, 8000));
-    ASSERT_TRUE(writer.Write(samples.data(), samples.size()));
-    ASSERT_TRUE(writer.Close());
+    CtbWaveFile ours;
+    ASSERT_TRUE(ours.Create(path.c_str(), 8000));
+    ASSERT_TRUE(ours.Write(samples.data(), static_cast<std::uint32_t>(samples.size())));
+    ASSERT_TRUE(ours.Close());
 
     SF_INFO info{};
     SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);

@@ -65,7 +65,7 @@ DecodeJob::Run::Run(DecodeJob& job, const std::string& inputName)
 
 bool DecodeJob::DecodeWave(const std::string& path) {
     audio::WaveFileReader reader;
-    const audio::WaveFault fault = path == "-" ? reader.Open(BinaryStandardInput()) : reader.Open(path);
+    const audio::WaveFault fault = path == "-" ? reader.OpenStandardInput() : reader.Open(path);
     if (fault != audio::WaveFault::None) {
         Complain(std::string(NameOf(path)) + ": " + Describe(fault));
         return false;

@@ -7,6 +7,9 @@ namespace {
 constexpr std::uint32_t kSpeechRate = 8000; ///< Hz
 constexpr std::uint32_t kFmRate = 16000;    ///< Hz
 
+/// As large as the sizes in its header can tell, less one write.
+constexpr std::uint32_t kMaxRecordingBytes = 0xFFFF0000;
+
 } // namespace
 
 void Complain(const std::string& what) {
@@ -19,13 +22,31 @@ Outputs::~Outputs() {
     }
 }
 
+bool Outputs::Recording::Create(const std::string& newPath, std::uint32_t sampleRate) {
+    path = newPath;
+    file.SetMaxFileSize(kMaxRecordingBytes);
+    return file.Create(path.c_str(), sampleRate);
+}
+
+void Outputs::Recording::Write(const std::int16_t* samples, std::size_t count) {
+    if (file.IsOpen()) {
+        file.Write(samples, static_cast<std::uint32_t>(count));
+    }
+}
+
+bool Outputs::Recording::Close() {
+    const bool whole = file.Close();
+    if (!whole) {
+        Complain(path + ": could not be written whole");
+    }
+    return whole;
+}
+
 bool Outputs::OpenSpeech(const std::string& path) {
-    speechPath = path;
     return speech.Create(path, kSpeechRate);
 }
 
 bool Outputs::OpenFm(const std::string& path) {
-    fmPath = path;
     return fm.Create(path, kFmRate);
 }
 
@@ -36,15 +57,11 @@ bool Outputs::OpenDibits(const std::string& path) {
 }
 
 void Outputs::WriteSpeech(const std::int16_t* samples, std::size_t count) {
-    if (speech.IsOpen()) {
-        speech.Write(samples, count);
-    }
+    speech.Write(samples, count);
 }
 
 void Outputs::WriteFm(const std::int16_t* samples, std::size_t count) {
-    if (fm.IsOpen()) {
-        fm.Write(samples, count);
-    }
+    fm.Write(samples, count);
 }
 
 void Outputs::WriteDibits(const char* text, std::size_t count) {
@@ -54,15 +71,8 @@ void Outputs::WriteDibits(const char* text, std::size_t count) {
 }
 
 bool Outputs::Close() {
-    bool whole = true;
-    if (!speech.Close()) {
-        Complain(speechPath + ": could not be written whole");
-        whole = false;
-    }
-    if (!fm.Close()) {
-        Complain(fmPath + ": could not be written whole");
-        whole = false;
-    }
+    bool whole = speech.Close();
+    whole = fm.Close() && whole;
     if (!events.Close()) {
         Complain("the events could not be written whole");
         whole = false;

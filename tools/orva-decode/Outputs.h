@@ -1,7 +1,7 @@
 /// The files that a decode writes.
 #pragma once
 
-#include "audio/WaveFileWriter.h"
+#include "audio/CtbWaveFile.h"
 #include "tools/orva-decode/EventWriter.h"
 
 #include <cstddef>
@@ -33,15 +33,23 @@ public:
     /// whole.
     bool Close();
 
-    bool HasFm() const { return fm.IsOpen(); }
+    bool HasFm() const { return fm.file.IsOpen(); }
 
     EventWriter events;
 
 private:
-    audio::WaveFileWriter speech;
-    std::string speechPath;
-    audio::WaveFileWriter fm;
-    std::string fmPath;
+    /// One WAV file, if it was asked for.
+    struct Recording {
+        bool Create(const std::string& newPath, std::uint32_t sampleRate);
+        void Write(const std::int16_t* samples, std::size_t count);
+        bool Close();
+
+        audio::CtbWaveFile file;
+        std::string path;
+    };
+
+    Recording speech;
+    Recording fm;
     std::FILE* dibits = nullptr;
     std::string dibitsPath;
     bool dibitsFailed = false;

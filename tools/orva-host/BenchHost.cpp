@@ -135,7 +135,7 @@ void BenchHost::StartInstances() {
     }
     if (!options.audio.empty() && !offeredAudio.IsOpen()) {
         constexpr std::uint32_t kOfferedRate = 16000;
-        if (!offeredAudio.Create(options.audio, kOfferedRate)) {
+        if (!offeredAudio.Create(options.audio.c_str(), kOfferedRate)) {
             throw std::runtime_error("cannot write " + options.audio);
         }
     }

@@ -1,7 +1,7 @@
 /// A receiver host without a receiver.
 #pragma once
 
-#include "audio/WaveFileWriter.h"
+#include "audio/CtbWaveFile.h"
 #include "plugin/HostInterface.h"
 #include "tools/orva-host/CodeJournal.h"
 #include "tools/orva-host/CommandSource.h"
@@ -72,7 +72,7 @@ private:
     CodeJournal journal;
     CommandSource commands;
     std::optional<PluginLibrary> library;
-    audio::WaveFileWriter offeredAudio;
+    audio::CtbWaveFile offeredAudio;
     HWND window = nullptr;
     std::vector<Instance> instances;
     Clock::time_point waitsUntil;

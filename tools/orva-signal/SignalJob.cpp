@@ -1,6 +1,6 @@
 #include "tools/orva-signal/SignalJob.h"
 
-#include "audio/WaveFileWriter.h"
+#include "audio/CtbWaveFile.h"
 #include "tools/orva-signal/SignalMaker.h"
 #include "tools/orva-signal/SignalOptions.h"
 #include "tools/orva-signal/TruthText.h"
@@ -30,9 +30,11 @@ bool WriteText(const std::string& path, const std::string& text) {
 }
 
 bool WriteWave(const std::string& path, const Signal& signal, int sampleRate) {
-    audio::WaveFileWriter writer;
-    return writer.Create(path, static_cast<std::uint32_t>(sampleRate)) &&
-           writer.Write(signal.samples.data(), signal.samples.size()) && writer.Close();
+    const std::size_t count = signal.samples.size();
+    audio::CtbWaveFile file;
+    return count <= audio::CtbWaveFile::kMaxFileSize / sizeof(signal.samples[0]) &&
+           file.Create(path.c_str(), static_cast<std::uint32_t>(sampleRate)) &&
+           file.Write(signal.samples.data(), static_cast<std::uint32_t>(count)) && file.Close();
 }
 
 /// The first file that could not be written; empty if all were.
