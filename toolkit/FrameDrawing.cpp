@@ -142,4 +142,9 @@ void DrawFrame(HDC dc, const RECT& area, std::uint32_t style, int width, COLORRE
     }
 }
 
+COLORREF FaceColor(COLORREF surface, bool enabled) {
+    constexpr int kDimming = 25;
+    return enabled ? surface : Darker(surface, kDimming);
+}
+
 } // namespace orva::toolkit

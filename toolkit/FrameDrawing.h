@@ -1,4 +1,4 @@
-/// The frame drawer of all widgets.
+/// The frame drawer of all widgets, and the face of the buttons inside.
 #pragma once
 
 #include <cstdint>
@@ -33,5 +33,9 @@ enum FrameStyle : std::uint32_t {
 /// \param color       of the surface that the frame stands on; its shades make the frame
 /// \param brightness  [percent] of the colour that is shaded; 100 leaves it as it is
 void DrawFrame(HDC dc, const RECT& area, std::uint32_t style, int width, COLORREF color, int brightness);
+
+/// Colour of a button's face: that of the surface it stands on, dimmed when it is disabled, so that what is
+/// drawn on it in the disabled text colour stands out.
+[[nodiscard]] COLORREF FaceColor(COLORREF surface, bool enabled);
 
 } // namespace orva::toolkit

@@ -1,5 +1,6 @@
 #include "toolkit/TmyButton.h"
 
+#include "toolkit/Colors.h"
 #include "toolkit/FocusMark.h"
 #include "toolkit/FrameDrawing.h"
 #include "toolkit/TimerPlatform.h"
@@ -200,7 +201,7 @@ void TmyButton::OnPaint(HDC dc) {
 }
 
 void TmyButton::OnDrawBackground(HDC dc, const RECT& area) {
-    PressLogic<TmyPanel>::OnDrawBackground(dc, area);
+    FillSolid(dc, area, FaceColor(GetStyleValue(StyleValue::WindowColor), IsEnabled()));
 }
 
 void TmyButton::OnDrawContent(HDC dc, const RECT& area) {

@@ -27,4 +27,8 @@ void TmyLabel::SetText(const TmyString& text, bool resize) {
     SetText(text.Text(), resize);
 }
 
+SIZE TmyLabel::Padding() const {
+    return {kGlyphOverhang, 0};
+}
+
 } // namespace orva::toolkit

@@ -16,6 +16,9 @@ public:
     /// Compares first. With `resize` the label fits itself to the text, at the place where it is.
     virtual void SetText(const char* text, bool resize);
     virtual void SetText(const TmyString& text, bool resize);
+
+protected:
+    [[nodiscard]] SIZE Padding() const override;
 };
 
 } // namespace orva::toolkit

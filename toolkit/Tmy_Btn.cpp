@@ -121,7 +121,7 @@ void Tmy_Btn::OnPaint(HDC dc) {
 }
 
 void Tmy_Btn::OnDrawBackground(HDC dc, const RECT& area) {
-    FillSolid(dc, area, GetStyleValue(StyleValue::WindowColor));
+    FillSolid(dc, area, FaceColor(GetStyleValue(StyleValue::WindowColor), IsEnabled()));
 }
 
 void Tmy_Btn::OnDrawContent(HDC dc, const RECT& area) {

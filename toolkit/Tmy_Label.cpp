@@ -34,7 +34,7 @@ SIZE Tmy_Label::NaturalSize() const {
         size = MeasureText(screen, EffectiveFont(), text.Text());
         ::ReleaseDC(nullptr, screen);
     }
-    return size;
+    return {size.cx + 2 * kGlyphOverhang, size.cy};
 }
 
 void Tmy_Label::GetClientArea(RECT* area) const {

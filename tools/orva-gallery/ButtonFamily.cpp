@@ -9,9 +9,10 @@ using toolkit::ArrowGlyph;
 using toolkit::StyleValue;
 using toolkit::TmyButton;
 
-constexpr int kWidth = 62;
+constexpr int kWidth = 58;
 constexpr int kHeight = 22;
 constexpr COLORREF kDownTextColor = 0x66E0FF;
+constexpr COLORREF kTransportColor = 0x757575;
 
 /// Holds a button as the Space key does.
 template <class Button>
@@ -54,12 +55,33 @@ void FillGroups(Family& family) {
     arrow->SetArrow(ArrowGlyph::Down, 8);
 }
 
+/// The transport buttons, in the order in which they stand in a row of a recorder.
+void FillPictures(Family& family, bool enabled) {
+    struct Picture {
+        int resource;
+        const char* caption;
+    };
+    constexpr Picture kPictures[] = {{112, "112"}, {109, "109"}, {110, "110"}, {105, "105"}, {107, "107"},
+                                     {101, "101"}, {111, "111"}, {103, "103"}, {108, "108"}};
+    constexpr int kSide = 19;
+    for (const Picture& picture : kPictures) {
+        auto* button =
+            new TmyButton(&family, "", family.Cell(kSide, kSide, enabled ? picture.caption : "off"));
+        button->SetWindowColor(kTransportColor);
+        button->SetBitmap(picture.resource);
+        button->SetEnabled(enabled);
+    }
+}
+
 } // namespace
 
 void FillButtons(Family& family) {
     FillStates(family);
     family.StartRow();
     FillGroups(family);
+    family.StartRow();
+    FillPictures(family, true);
+    FillPictures(family, false);
 }
 
 } // namespace orva::gallery

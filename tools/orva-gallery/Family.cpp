@@ -20,7 +20,7 @@ constexpr COLORREF kCaptionColor = 0xB4B4B4;
 
 constexpr int kMargin = 10;
 constexpr int kTitleHeight = 22;
-constexpr int kCellGap = 12;
+constexpr int kCellGap = 9;
 constexpr int kRowGap = 6;
 constexpr int kCaptionGap = 2;
 constexpr int kCaptionHeight = 15;

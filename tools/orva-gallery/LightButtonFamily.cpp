@@ -9,7 +9,7 @@ using toolkit::ArrowGlyph;
 using toolkit::Tmy_Btn;
 using toolkit::Tmy_Btn2;
 
-constexpr int kWidth = 62;
+constexpr int kWidth = 58;
 constexpr int kHeight = 22;
 
 void Press(Tmy_Btn* button) {
