@@ -1,14 +1,12 @@
 // The selective squelch, and the host's squelch inside its scanner and outside.
-#include "tests/plugin/PluginFixture.h"
 #include "tests/plugin/PluginSignals.h"
+#include "tests/plugin/SquelchFixture.h"
 #include "tests/plugin/WindowViews.h"
 #include "tests/support/AllocationProbe.h"
 #include "tests/support/DcsEncoder.h"
 #include "tests/support/ToneSource.h"
-#include "tests/support/VoiceLikeNoise.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -18,55 +16,8 @@ namespace {
 
 using Samples = std::vector<std::int16_t>;
 
-constexpr std::uint32_t kBlock = 2400;
-
-class PluginSquelch : public test::PluginFixture, public testing::WithParamInterface<int> {
+class PluginSquelch : public test::SquelchFixture {
 protected:
-    static int Rate() { return GetParam(); }
-
-    void StartAtRate() {
-        if (Rate() == 48000) {
-            StartWithWaveInput();
-        } else {
-            StartWithReceiver();
-        }
-    }
-    void SetUpType(std::uint32_t type, const SquelchValues& values) {
-        SquelchValues copy = values;
-        Notify(2817, type, sizeof copy, &copy);
-    }
-    /// Lets the host scan, and tunes.
-    void Scan() {
-        Notify(3840, 1);
-        Notify(2048, 155000000);
-    }
-    static SquelchValues ValuesOf(const test::FakeHost::Call& call) {
-        SquelchValues values{};
-        EXPECT_EQ(call.size, sizeof values);
-        std::memcpy(&values, call.bytes.data(), sizeof values);
-        return values;
-    }
-    /// Blocks until the first answer, that of the answer included; 0 without one.
-    int BlocksToAnswer(const Samples& signal, std::size_t blockSize = kBlock) {
-        int blocks = 0;
-        for (std::size_t i = 0; i + blockSize <= signal.size(); i += blockSize) {
-            ++blocks;
-            Plugin().ProcessData(signal.data() + i, static_cast<std::uint32_t>(blockSize));
-            waveOut.FinishAllBlocks();
-            if (!host.Of(2818).empty()) {
-                return blocks;
-            }
-        }
-        return 0;
-    }
-    /// The one answer to a whole signal.
-    test::FakeHost::Call Answer(const Samples& signal) {
-        host.Clear();
-        Process(signal);
-        const auto answers = host.Of(2818);
-        EXPECT_EQ(answers.size(), 1U);
-        return answers.empty() ? test::FakeHost::Call{} : answers[0];
-    }
     Samples ToneCarrier(double seconds, double hz) const {
         test::ToneSource tone(hz, Rate());
         return test::FmSignal(
@@ -76,11 +27,6 @@ protected:
         test::DcsEncoder encoder(code, isInverted, Rate());
         return test::FmSignal(
             Rate(), seconds, [&] { return 0.2 * encoder.NextLevel(); }, 20.0);
-    }
-    Samples Speech(double seconds, std::uint64_t seed) const {
-        test::VoiceLikeNoise voice({.sampleRate = Rate(), .seed = seed});
-        return test::FmSignal(
-            Rate(), seconds, [&] { return voice.Next(); }, 20.0);
     }
 };
 
@@ -237,9 +183,9 @@ TEST_P(PluginSquelch, AnAnsweredChannelCostsNothing) {
     Scan();
     const Samples carrier = test::Carrier(Rate(), kLong);
     Process(carrier);
-    std::fill_n(Inside().FloatSamples().Data(), kBlock, 7.0F);
+    std::fill_n(Inside().FloatSamples().Data(), kInputBlock, 7.0F);
     const std::int32_t count = Inside().ScanSampleCount();
-    EXPECT_TRUE(Plugin().ProcessData(carrier.data(), kBlock));
+    EXPECT_TRUE(Plugin().ProcessData(carrier.data(), kInputBlock));
     EXPECT_EQ(Inside().FloatSamples()[0], 7.0F);
     EXPECT_EQ(Inside().ScanSampleCount(), count);
 }
@@ -338,28 +284,6 @@ TEST_P(PluginSquelch, CodesAreTold) {
     EXPECT_EQ(ValuesOf(inverted).dcs, -static_cast<std::int32_t>(kCode));
     EXPECT_EQ(answerFor(-static_cast<std::int32_t>(kCode), false).param, 0U);
     EXPECT_EQ(answerFor(kCode, true).param, 0U);
-}
-
-TEST_P(PluginSquelch, VoiceIsTold) {
-    for (const std::int32_t filter : {0, 1}) {
-        StartAtRate();
-        Plugin().SetAFEnabled(filter);
-        SetUpType(256, {.level = 0, .noise = 0, .ctcss = 0, .reserved = {}, .voice = 50, .dcs = 0});
-        Scan();
-        const auto carrier = Answer(test::FmTone(Rate(), kLong));
-        EXPECT_EQ(carrier.param, 0U);
-        EXPECT_LT(ValuesOf(carrier).voice, 50);
-        int heard = 0;
-        for (unsigned channel = 0; channel < 10; ++channel) {
-            Notify(2048, 1);
-            const auto speech = Answer(Speech(kLong, channel + 1));
-            EXPECT_EQ(speech.param == 256, ValuesOf(speech).voice >= 50) << "by the threshold alone";
-            heard += speech.param == 256 ? 1 : 0;
-        }
-        EXPECT_GE(heard, 1) << "half a second may fall on a vowel or a pause";
-        Close();
-        Pump();
-    }
 }
 
 TEST_P(PluginSquelch, ARetuneFromInsideTheAnswerAsksAnew) {
@@ -467,7 +391,7 @@ TEST_P(PluginSquelch, OutsideEachFmBlockIsAnswered) {
         SetUpType(type, {});
         host.Clear();
         Process(test::Carrier(Rate(), 1.0));
-        const auto blocks = static_cast<std::size_t>(Rate()) / kBlock;
+        const auto blocks = static_cast<std::size_t>(Rate()) / kInputBlock;
         EXPECT_EQ(host.Of(2818).size(), blocks) << type;
     }
 }
@@ -505,12 +429,12 @@ TEST_P(PluginSquelch, OutsideACodeFoundStartsAWait) {
     Notify(2304, 2);
     SetUpType(512, {.level = 0, .noise = 0, .ctcss = 0, .reserved = {}, .voice = 0, .dcs = kCode});
     const Samples carrier = test::Carrier(Rate(), 4.0);
-    Process(std::span(carrier).first(kBlock));
+    Process(std::span(carrier).first(kInputBlock));
     EXPECT_EQ(Inside().ScanSampleCount(), 0);
     host.Clear();
     Inside().DcsDetector().matches[0] = kCode;
     Inside().DcsDetector().matchCount = 1;
-    Process(std::span(carrier).subspan(kBlock, kBlock));
+    Process(std::span(carrier).subspan(kInputBlock, kInputBlock));
     ASSERT_EQ(host.Of(2818).size(), 1U);
     EXPECT_EQ(host.Of(2818)[0].param, 512U);
     const std::int32_t audio = Rate() == 48000 ? 800 : 600;
@@ -520,8 +444,9 @@ TEST_P(PluginSquelch, OutsideACodeFoundStartsAWait) {
     // Withheld until the count has passed half a second more of the input's rate.
     const int waiting = Rate() / 2 / audio; // 30 and 53 blocks
     int blocks = 0;
-    for (std::size_t i = 2 * kBlock; host.Of(2818).empty() && i + kBlock <= carrier.size(); i += kBlock) {
-        Process(std::span(carrier).subspan(i, kBlock));
+    for (std::size_t i = 2 * kInputBlock; host.Of(2818).empty() && i + kInputBlock <= carrier.size();
+         i += kInputBlock) {
+        Process(std::span(carrier).subspan(i, kInputBlock));
         ++blocks;
     }
     EXPECT_EQ(blocks, waiting + 1);

@@ -37,10 +37,18 @@ double VoiceLikeNoise::Next() {
 }
 
 void VoiceLikeNoise::BeginStretch() {
-    const std::uint32_t draw = random.Below(10);
-    stretch = draw < 5 ? Stretch::Voiced : draw < 8 ? Stretch::Hiss : Stretch::Pause;
+    const bool isDictated = settings.rhythm == VoiceRhythm::Dictated;
+    if (isDictated) {
+        stretch = stretch == Stretch::Pause  ? Stretch::Hiss
+                  : stretch == Stretch::Hiss ? Stretch::Voiced
+                                             : Stretch::Pause;
+    } else {
+        const std::uint32_t draw = random.Below(10);
+        stretch = draw < 5 ? Stretch::Voiced : draw < 8 ? Stretch::Hiss : Stretch::Pause;
+    }
     const double seconds = stretch == Stretch::Voiced ? 0.1 + 0.16 * random.Uniform()
                            : stretch == Stretch::Hiss ? 0.06 + 0.08 * random.Uniform()
+                           : isDictated               ? 0.14 + 0.06 * random.Uniform()
                                                       : 0.04 + 0.2 * random.Uniform();
     length = static_cast<int>(seconds * settings.sampleRate);
     position = 0;

@@ -45,6 +45,23 @@ TEST(VoiceLikeNoise, HasPausesAndLoudStretches) {
     EXPECT_GT(loud, 300);
 }
 
+TEST(VoiceLikeNoise, DictationPausesInEveryHalfSecond) {
+    constexpr int kRate = 48000;
+    constexpr int kHalves = 40;
+    constexpr std::size_t kHalf = kRate / 2;
+    VoiceLikeNoise voice({.sampleRate = kRate, .peak = 5.0, .rhythm = VoiceRhythm::Dictated});
+    std::size_t limited = 0;
+    for (int half = 0; half < kHalves; ++half) {
+        const auto samples = Take(voice, kHalf);
+        EXPECT_GT(std::count(samples.begin(), samples.end(), 0.0), 0.1 * kRate) << half;
+        const auto isLimited = [](double sample) { return std::abs(sample) == 1.0; };
+        limited += static_cast<std::size_t>(std::count_if(samples.begin(), samples.end(), isLimited));
+    }
+    const double share = static_cast<double>(limited) / (kHalves * static_cast<double>(kHalf));
+    EXPECT_GT(share, 0.1);
+    EXPECT_LT(share, 0.2);
+}
+
 TEST(VoiceLikeNoise, IsTheSameAtEveryRun) {
     VoiceLikeNoise one({.seed = 5});
     VoiceLikeNoise same({.seed = 5});
