@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
+#include <new>
 
 namespace orva::plugin {
 
@@ -46,6 +48,24 @@ COrvaPlugin::COrvaPlugin(std::uint32_t hostHandle, const ReceiverRecord* record,
       receiverLibrary(pluginPlatform.library),
       waveFile(*pluginPlatform.files),
       receiverRecord(OwnedReceiverRecord::CloneOf(record)) {
+    try {
+        Construct(hostHandle);
+    } catch (...) {
+        Dismantle(); // the receiver's thread may be calling already
+        throw;
+    }
+}
+
+COrvaPlugin::~COrvaPlugin() {
+    closing = true;
+    // The devices let messages run while they close: a frame that such a message enters must not delete the
+    // instance once more.
+    destroyAfterwards = false;
+    SaveSettings();
+    Dismantle();
+}
+
+void COrvaPlugin::Construct(std::uint32_t hostHandle) {
     FillAudioPool();
     BuildNoiseHighPass();
     BuildInputDecimator();
@@ -64,21 +84,14 @@ COrvaPlugin::COrvaPlugin(std::uint32_t hostHandle, const ReceiverRecord* record,
     if (window) {
         window->ListDevices();
     }
-    RebuildAudioFilter();
+    LoadSettings();
     ReadReceiverMemory(hostHandle);
 }
 
-COrvaPlugin::~COrvaPlugin() {
+/// Ends what the construction has begun, as far as it came.
+void COrvaPlugin::Dismantle() {
     closing = true;
-    // The devices let messages run while they close: a frame that such a message enters must not delete the
-    // instance once more.
-    destroyAfterwards = false;
-    if (receiverStreaming) {
-        receiverStreaming = false;
-        receiverLibrary.CodecStop(receiverHandle);
-        DeleteCriticalSection(&*inputLock);
-        inputLock.reset();
-    }
+    EndStream();
     receiverLibrary.Unload();
     waveIn.reset();
     waveOut.reset();
@@ -88,8 +101,9 @@ COrvaPlugin::~COrvaPlugin() {
 
 void COrvaPlugin::FillAudioPool() {
     for (dsp::CtbSampleBlock& block : audioBlocks) {
-        block.Acquire(kAudioBlockSamples); // zeroed
-        freeAudioBlocks.Push(&block);
+        if (block.Acquire(kAudioBlockSamples) == nullptr || !freeAudioBlocks.Push(&block)) { // zeroed
+            throw std::bad_alloc();
+        }
     }
 }
 
@@ -186,6 +200,42 @@ void COrvaPlugin::StartStream() {
     }
     scanSettleSamples = static_cast<std::int32_t>(scanSettleSamples * kReceiverFactor);
 }
+
+void COrvaPlugin::EndStream() {
+    if (receiverStreaming) {
+        receiverStreaming = false;
+        receiverLibrary.CodecStop(receiverHandle);
+        DeleteCriticalSection(&*inputLock);
+        inputLock.reset();
+    }
+}
+
+// --- settings ----------------------------------------------------------------------------------------------
+
+/// Each receiver has settings of its own.
+std::string COrvaPlugin::SettingsKey() const {
+    constexpr char kNoReceiver[] = "unknown";
+    return receiverRecord ? std::string(receiverRecord.SerialNumber()) : kNoReceiver;
+}
+
+void COrvaPlugin::LoadSettings() {
+    if (platform.settings != nullptr) {
+        platform.settings->Load(*this, SettingsKey());
+    }
+    RebuildAudioFilter(); // once for all of its settings
+}
+
+void COrvaPlugin::SaveSettings() {
+    try {
+        if (platform.settings != nullptr) {
+            platform.settings->Save(*this, SettingsKey());
+        }
+    } catch (const std::exception& error) {
+        toolkit::PrintDebug("ORVA: settings were not saved: %s\n", error.what());
+    }
+}
+
+// --- error boxes -------------------------------------------------------------------------------------------
 
 void COrvaPlugin::ShowError(const char* text) {
     platform.showError(GetWindowHandle(), text, kErrorTitle);

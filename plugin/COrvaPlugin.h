@@ -200,7 +200,9 @@ private:
         COrvaPlugin& plugin;
     };
 
-    // Construction.
+    // Construction, destruction.
+    void Construct(std::uint32_t hostHandle);
+    void Dismantle();
     void FillAudioPool();
     void BuildNoiseHighPass();
     void BuildInputDecimator();
@@ -209,6 +211,10 @@ private:
     void MakeWaveIn();
     void MakeWaveOut();
     void StartStream();
+    void EndStream();
+    [[nodiscard]] std::string SettingsKey() const;
+    void LoadSettings();
+    void SaveSettings();
     void RebuildAudioFilter();
     void SetDecimatorRatio(std::uint32_t rate);
     void OpenWaveInOrTell();

@@ -47,6 +47,8 @@ bool COrvaPlugin::ProcessData(const std::int16_t* samples, std::uint32_t count) 
     } catch (const std::exception& error) {
         // The block is lost, but neither its buffer nor the blocks that wait for it.
         toolkit::PrintDebug("ORVA: a block of samples was dropped: %s\n", error.what());
+    } catch (...) {
+        toolkit::PrintDebug("ORVA: a block of samples was dropped.\n");
     }
     walking = false;
     return done;

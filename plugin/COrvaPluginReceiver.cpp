@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace orva::plugin {
 
@@ -48,12 +49,15 @@ bool COrvaPlugin::ConnectReceiver(std::uint32_t handle) {
         return false;
     }
     for (dsp::CtbSampleBlock& block : inputBlocks) {
-        block.Acquire(kInputBlockSamples); // zeroed
-        freeInputBlocks.Push(&block);
+        if (block.Acquire(kInputBlockSamples) == nullptr || !freeInputBlocks.Push(&block)) { // zeroed
+            throw std::bad_alloc();
+        }
     }
     // The queue takes its room here: the reader allocates nothing.
     dsp::CtbSampleBlock* first = nullptr;
-    filledInputBlocks.Push(first);
+    if (!filledInputBlocks.Push(first)) {
+        throw std::bad_alloc();
+    }
     filledInputBlocks.Pop(first);
     InitializeCriticalSection(&inputLock.emplace());
     receiverHandle = handle;
@@ -215,7 +219,9 @@ void COrvaPlugin::TakeInputBlock() {
 void COrvaPlugin::OnWaveInBuffer(std::int32_t index) {
     const Frame frame(*this);
     if (walking) {
-        waitingWaveInBuffers.Push(index);
+        if (!waitingWaveInBuffers.Push(index) && waveIn) {
+            waveIn->Requeue(index); // unprocessed, but not lost to the device
+        }
         return;
     }
     TakeWaveInBuffer(index);

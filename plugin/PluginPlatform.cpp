@@ -15,10 +15,14 @@ int ShowQuestionBox(HWND owner, const char* text, const char* title) {
 } // namespace
 
 const PluginPlatform& RealPlatform() {
-    static const PluginPlatform platform{
-        &audio::SystemWaveOut(), &audio::SystemWaveIn(), &audio::SystemDeviceSetup(),
-        &audio::SystemFiles(),   LibraryPlatform{},      ShowErrorBox,
-        ShowQuestionBox};
+    static const PluginPlatform platform{&audio::SystemWaveOut(),
+                                         &audio::SystemWaveIn(),
+                                         &audio::SystemDeviceSetup(),
+                                         &audio::SystemFiles(),
+                                         LibraryPlatform{},
+                                         ShowErrorBox,
+                                         ShowQuestionBox,
+                                         nullptr};
     return platform;
 }
 

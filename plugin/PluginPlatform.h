@@ -5,6 +5,7 @@
 #include "audio/FilePlatform.h"
 #include "audio/WaveInPlatform.h"
 #include "audio/WaveOutPlatform.h"
+#include "plugin/IInstanceSettings.h"
 #include "plugin/ReceiverLibrary.h"
 
 #include <windows.h>
@@ -22,6 +23,8 @@ struct PluginPlatform {
     void (*showError)(HWND owner, const char* text, const char* title);
     /// Asks the user something, modal to `owner`. Returns the index of the button: 0 "Yes", 1 "No".
     int (*ask)(HWND owner, const char* text, const char* title);
+    /// Null: every instance begins with what its constructor gives it.
+    IInstanceSettings* settings = nullptr;
 };
 
 /// The machine itself.

@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <stdexcept>
 #include <vector>
 
 namespace orva::plugin {
@@ -238,6 +239,102 @@ TEST_F(PluginSession, TakesTheReceiverForFiveCharactersOfItsType) {
         EXPECT_EQ(Inside().ReceiverHandle(), kHandle);
         Close();
     }
+}
+
+// --- settings ----------------------------------------------------------------------------------------------
+
+namespace {
+
+/// Notes when it is asked, and for whom.
+struct KnownSettings final : IInstanceSettings {
+    explicit KnownSettings(test::CallLog& callLog) : log(callLog) {}
+
+    void Load(COrvaPlugin& plugin, const std::string& key) override {
+        log.Add("load settings");
+        keys.push_back(key);
+        if (fails) {
+            throw std::runtime_error("cannot load");
+        }
+        const COrvaPluginInspector inside{plugin};
+        EXPECT_NE(inside.Window(), nullptr);
+        EXPECT_NE(inside.WaveIn(), nullptr);
+        EXPECT_NE(inside.WaveOut(), nullptr);
+        inside.AfFreqLow() = 300;
+        inside.AfDeemphasis() = -60;
+        plugin.SetOrvaGain(500);
+        plugin.SetVolume(12);
+    }
+    void Save(COrvaPlugin& plugin, const std::string& key) override {
+        log.Add("save settings");
+        keys.push_back(key);
+        gainSaved = COrvaPluginInspector{plugin}.OrvaGain();
+        if (fails) {
+            throw std::runtime_error("cannot save");
+        }
+    }
+
+    test::CallLog& log;
+    std::vector<std::string> keys;
+    std::int32_t gainSaved = 0;
+    bool fails = false;
+};
+
+} // namespace
+
+TEST_F(PluginSession, SettingsAreLoadedLastButOneAndSavedFirst) {
+    KnownSettings settings(log);
+    platform.settings = &settings;
+    library.isPresent = true;
+    record.SetText(44, "K7USB", 32);
+    record.SetText(76, "12345678", 8);
+    Start(record.Record());
+    EXPECT_EQ(log.calls, (Calls{"load library", "open", "CodecStart", "load settings", "K7GetEEP"}));
+    EXPECT_EQ(Inside().AudioFilter().GetLowCut(), 300.0) << "the filter is built from what was loaded";
+    EXPECT_NEAR(Inside().AudioFilter().GetSlope(), -6.0, 1e-12);
+    EXPECT_EQ(Inside().OrvaGain(), 100) << "limited by its setter";
+    EXPECT_EQ(host.Codes(), Codes{16390}) << "there is no host yet to tell of a new volume";
+    Pump();
+    EXPECT_EQ(host.Of(4352).at(0).param, 12U);
+    log.Clear();
+    Close();
+    EXPECT_EQ(log.calls, (Calls{"save settings", "CodecStop", "free library", "reset", "close"}));
+    EXPECT_EQ(settings.gainSaved, 100);
+    EXPECT_EQ(settings.keys, (Calls{"12345678", "12345678"}));
+}
+
+TEST_F(PluginSession, WithoutARecordTheReceiverIsUnknown) {
+    KnownSettings settings(log);
+    platform.settings = &settings;
+    Start(nullptr);
+    Close();
+    EXPECT_EQ(settings.keys, (Calls{"unknown", "unknown"}));
+}
+
+TEST_F(PluginSession, SettingsThatCannotBeSavedDoNotHoldTheInstance) {
+    KnownSettings settings(log);
+    platform.settings = &settings;
+    StartWithReceiver();
+    settings.fails = true;
+    Close();
+    EXPECT_TRUE(IsDestroyed());
+    EXPECT_EQ(log.calls, (Calls{"save settings", "CodecStop", "free library", "reset", "close"}));
+}
+
+TEST_F(PluginSession, AConstructionThatFailsEndsWhatItBegan) {
+    KnownSettings settings(log);
+    settings.fails = true;
+    platform.settings = &settings;
+    library.isPresent = true;
+    record.SetText(44, "K7USB", 32);
+    EXPECT_EQ(entries.Start(kHandle, record.Record(), test::FakeHost::Callback()), 0xFFFFFFFFU);
+    EXPECT_EQ(log.calls, (Calls{"load library", "open", "CodecStart", "load settings", "CodecStop",
+                                "free library", "reset", "close"}))
+        << "the user's settings are left alone";
+    EXPECT_TRUE(host.calls.empty());
+    settings.fails = false;
+    Start(record.Record());
+    EXPECT_TRUE(Inside().ReceiverStreaming());
+    Close();
 }
 
 // --- the end -----------------------------------------------------------------------------------------------
