@@ -150,12 +150,12 @@ void TmyMsgBox::OnButtonFocus(TmyControl* sender, bool gained) {
 void TmyMsgBox::OnKeyPreview(WPARAM& key, LPARAM flags, TmyControl* sender) {
     const LifeGuard life(this);
     TmyComponent::OnKeyPreview(key, flags, sender);
-    if (!life.IsAlive() || !IsEnabled() || key >= keyTable.size() || (flags & kKeyWasDown) != 0) {
+    if (!life.IsAlive() || !IsEnabled() || key >= keyTable.size() || keyTable[key] >= buttonCount) {
         return;
     }
     const int index = keyTable[key];
-    if (index < buttonCount) {
-        key = 0; // the button in focus is not to answer, too
+    key = 0; // the button in focus is not to answer, too
+    if ((flags & kKeyWasDown) == 0) {
         Button(index)->OnClick();
     }
 }
@@ -178,6 +178,7 @@ int TmyMsgBox::ShowMessage(const char* text, const char* title, int count) {
     const LifeGuard life(this);
     SetVisible(true);
     if (life.IsAlive()) {
+        keyTable[VK_RETURN] = defaultButton; // the focus of the last message came back for a moment
         FocusDefaultButton();
     }
     if (!life.IsAlive()) {
