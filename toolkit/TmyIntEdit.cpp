@@ -1,5 +1,6 @@
 #include "toolkit/TmyIntEdit.h"
 
+#include "toolkit/TmyApplication.h"
 #include "toolkit/TypeRegistry.h"
 
 namespace orva::toolkit {
@@ -152,6 +153,12 @@ void TmyIntEdit::OnChar(WPARAM& code, LPARAM flags) {
         code = 0;
         return;
     }
+    if (TmyComponent* popup = OpenPopup()) {
+        popup->OnChar(code, flags);
+        if (code == 0) {
+            return;
+        }
+    }
     if (code == VK_RETURN) {
         Accept(code, flags);
         return;
@@ -254,10 +261,80 @@ void TmyIntEdit::OnCommit() {
     }
 }
 
+void TmyIntEdit::EnterValue(std::int64_t newValue) {
+    const EditingScope scope(this);
+    SetValue(newValue);
+}
+
+// --- the pop-up --------------------------------------------------------------------------------------------
+
+TmyComponent* TmyIntEdit::OpenPopup() const {
+    const auto& popups = Application().popupList;
+    for (std::int32_t index = 0; index < popups.Count(); ++index) {
+        if (popups.Get(index)->owner == this) {
+            return popups.Get(index)->popup;
+        }
+    }
+    return nullptr;
+}
+
+/// The entry has the focus for its pop-up: what the one loses, the other does.
+void TmyIntEdit::ClosePopup() {
+    if (TmyComponent* popup = OpenPopup()) {
+        popup->OnFocusChange(false);
+    }
+}
+
+void TmyIntEdit::OnKeyDown(WPARAM& key, LPARAM flags) {
+    TmyComponent* popup = IsEnabled() ? OpenPopup() : nullptr;
+    const LifeGuard life(this);
+    if (popup != nullptr) {
+        popup->OnKeyDown(key, flags);
+    }
+    if (life.IsAlive() && key != 0) {
+        TmyEdit::OnKeyDown(key, flags);
+    }
+}
+
+void TmyIntEdit::OnFocusChange(bool gained) {
+    const LifeGuard life(this);
+    if (!gained) {
+        ClosePopup();
+    }
+    if (life.IsAlive()) {
+        TmyEdit::OnFocusChange(gained);
+    }
+}
+
+void TmyIntEdit::OnEnableChanged() {
+    const LifeGuard life(this);
+    if (!IsEnabled()) {
+        ClosePopup();
+    }
+    if (life.IsAlive()) {
+        TmyEdit::OnEnableChanged();
+    }
+}
+
+void TmyIntEdit::OnVisibilityChanged(bool visible) {
+    const LifeGuard life(this);
+    if (!visible) {
+        ClosePopup();
+    }
+    if (life.IsAlive()) {
+        TmyEdit::OnVisibilityChanged(visible);
+    }
+}
+
 // --- the wheel ---------------------------------------------------------------------------------------------
 
 void TmyIntEdit::OnMouseWheel(int delta, TmyControl* /*sender*/) {
-    if (IsEnabled() && !IsReadOnly()) {
+    if (!IsEnabled() || IsReadOnly()) {
+        return;
+    }
+    if (TmyComponent* popup = OpenPopup()) {
+        popup->OnMouseWheel(delta, popup);
+    } else {
         StepBy(delta);
     }
 }

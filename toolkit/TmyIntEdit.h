@@ -83,11 +83,17 @@ public:
 
     /// Moves the number as so many notches of the wheel do, up positive.
     void StepBy(int notches);
+    /// `SetValue` on the user's behalf.
+    void EnterValue(std::int64_t newValue);
 
     void SetBounds(int x, int y, int width, int height) override;
     void OnMove() override;
     void OnResize() override;
+    void OnKeyDown(WPARAM& key, LPARAM flags) override;
     void OnChar(WPARAM& code, LPARAM flags) override;
+    void OnFocusChange(bool gained) override;
+    void OnEnableChanged() override;
+    void OnVisibilityChanged(bool visible) override;
     void OnMouseWheel(int delta, TmyControl* sender) override;
     /// Takes an edited text first. At Return it fires once, and at Escape not at all, though both give the
     /// focus away.
@@ -119,6 +125,8 @@ private:
     [[nodiscard]] const char* UnitOfKey(char character) const;
     [[nodiscard]] bool MinusMayEnter() const;
     void PlaceLinked();
+    [[nodiscard]] TmyComponent* OpenPopup() const;
+    void ClosePopup();
 
     std::int64_t value = kUnset;
     NumberRange range;

@@ -22,9 +22,6 @@ protected:
         Send(edit, WM_KEYDOWN, key);
         Send(edit, WM_KEYUP, key);
     }
-    static void Wheel(TmyEdit& edit, int notches) {
-        Send(edit, WM_MOUSEWHEEL, static_cast<WPARAM>(static_cast<UINT>(notches * WHEEL_DELTA) << 16U));
-    }
     static std::string Text(const TmyEdit& edit) { return edit.GetText().Text(); }
     static DWORD Selection(const TmyEdit& edit) { return static_cast<DWORD>(Send(edit, EM_GETSEL)); }
 
