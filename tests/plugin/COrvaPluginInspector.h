@@ -3,6 +3,8 @@
 
 #include "plugin/COrvaPlugin.h"
 
+#include <vector>
+
 namespace orva::plugin {
 
 /// Fields by their own names, and the steps that have no other door.
@@ -102,6 +104,11 @@ struct COrvaPluginInspector {
     [[nodiscard]] auto& AudioFilter() const { return plugin.audioFilter; }
     [[nodiscard]] auto& HostAudioBuffer() const { return plugin.hostAudioBuffer; }
 
+    void PauseBySignal(std::uint32_t transmission, std::int32_t voiceBlocks,
+                       const std::vector<std::int16_t>& samples) const {
+        plugin.PauseBySignal({transmission, voiceBlocks}, samples.data(),
+                             static_cast<std::uint32_t>(samples.size()));
+    }
     [[nodiscard]] bool IsFileSupported() const { return plugin.IsFileSupported(); }
     void EvaluateSelectiveSquelch() const { plugin.EvaluateSelectiveSquelch(); }
     void EvaluateHostSquelch(std::int16_t* samples, std::uint32_t count) const {

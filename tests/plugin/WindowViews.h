@@ -32,8 +32,10 @@ namespace orva::test {
 class FakeSpectrum : public ui::ISpectrumView {
 public:
     void ProcessSamples(float* samples, std::uint32_t count, std::uint32_t flags) override {
-        allFlags.push_back(flags);
-        counts.push_back(count);
+        if (keeps) {
+            allFlags.push_back(flags);
+            counts.push_back(count);
+        }
         if (notch) {
             notch(samples, count);
         }
@@ -42,12 +44,17 @@ public:
     void SetShape(const std::int8_t* values, std::uint32_t count) override {
         shapes.emplace_back(values, values + count);
     }
-    void SetSquelched(bool squelched) override { squelchedShown.push_back(squelched); }
+    void SetSquelched(bool squelched) override {
+        if (keeps) {
+            squelchedShown.push_back(squelched);
+        }
+    }
     void SetEnabled(bool enabled) override { enabledShown.push_back(enabled); }
     void SetPlaybackMode(std::int32_t mode) override { playbackModes.push_back(mode); }
     void SetAudioMode(bool isAudio) override { audioModes.push_back(isAudio); }
 
     std::function<void(float* samples, std::uint32_t count)> notch;
+    bool keeps = true; ///< off for tests that count allocations
     std::vector<std::uint32_t> allFlags;
     std::vector<std::uint32_t> counts;
     std::vector<std::uint32_t> rates;
