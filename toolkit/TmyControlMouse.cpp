@@ -85,10 +85,14 @@ void TmyControl::HandleLeftDown(WPARAM flags, int x, int y) {
     }
 }
 
-/// A click gives the focus to the first control from here up that can take it, or to the top window.
+/// A click gives the focus to the first control from here up that can take it, or to the top window. The
+/// click on a disabled window comes by its parent: it must not lead the keys to where they are ignored.
 void TmyControl::FocusByClick() {
+    const auto takesFocus = [](const TmyControl& control) {
+        return control.HasState(ControlState::Focusable) && control.IsEnabled();
+    };
     TmyControl* taker = this;
-    while (!taker->HasState(ControlState::Focusable) && !taker->IsTopLevelWindow()) {
+    while (!takesFocus(*taker) && !taker->IsTopLevelWindow()) {
         if (taker->parent == nullptr) {
             return;
         }
