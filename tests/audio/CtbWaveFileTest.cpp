@@ -3,10 +3,13 @@
 #include "dsp/CtbSampleBlock.h"
 #include "tests/audio/MemoryFiles.h"
 #include "tests/audio/RiffBytes.h"
+#include "tests/support/TemporaryFolder.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -161,6 +164,41 @@ INSTANTIATE_TEST_SUITE_P(
         NameCase{"\xC4\x80\xFF\x81.if.wav", "\xC4\x80\xFF\x81.if", true},
         NameCase{"C:\\" + std::string(300, 'f') + "\\" + std::string(150, 'n') + ".if.wav",
                  std::string(150, 'n') + ".if", true}));
+
+struct RecordingRate : CtbWaveFileTest, testing::WithParamInterface<std::uint32_t> {};
+
+TEST_P(RecordingRate, ComesBackFromTheDiskWithEverySample) {
+    const Samples samples = Spread(30007); // more than the buffer, and no multiple of it
+    const test::TemporaryFolder folder;
+    const std::string path = folder.Path("round.if.wav");
+    CtbWaveFile real;
+    ASSERT_TRUE(real.Create(path.c_str(), GetParam()));
+    for (std::uint32_t done = 0; done < Count(samples);) {
+        const std::uint32_t part = std::min<std::uint32_t>(2400, Count(samples) - done);
+        ASSERT_TRUE(real.Write(samples.data() + done, part));
+        done += part;
+        EXPECT_EQ(real.GetDataSize(), 2 * done);
+        EXPECT_EQ(real.GetFileSize(), 46 + 2 * done);
+    }
+    EXPECT_TRUE(real.Close());
+    const Bytes expected = Recording(GetParam(), samples);
+    EXPECT_EQ(test::ReadWholeFile(path), std::string(expected.begin(), expected.end()));
+
+    ASSERT_TRUE(real.Open(nullptr));
+    EXPECT_EQ(real.GetSampleRate(), GetParam());
+    EXPECT_EQ(real.GetBytesPerSecond(), 2 * GetParam());
+    EXPECT_EQ(real.GetFileSize(), 46 + 2 * Count(samples));
+    Samples read(samples.size());
+    for (std::uint32_t done = 0; done < Count(samples);) {
+        const std::uint32_t count =
+            real.Read(read.data() + done, std::min<std::uint32_t>(2400, Count(samples) - done));
+        ASSERT_GT(count, 0U);
+        done += count;
+    }
+    EXPECT_EQ(read, samples);
+}
+
+INSTANTIATE_TEST_SUITE_P(CtbWaveFile, RecordingRate, testing::Values(8000U, 16000U, 44100U, 48000U, 64000U));
 
 TEST_F(CtbWaveFileTest, WritesEveryByteOfHeaderAndSamples) {
     ASSERT_TRUE(file.Create(kPath, 64000));

@@ -24,10 +24,10 @@ Samples Spread(std::size_t count) {
     return samples;
 }
 
-void WriteBySndfile(const std::string& path, const Samples& samples, int format, int channels,
-                    bool withText) {
+void WriteBySndfile(const std::string& path, const Samples& samples, int format, int channels, bool withText,
+                    int rate = 48000) {
     SF_INFO info{};
-    info.samplerate = 48000;
+    info.samplerate = rate;
     info.channels = channels;
     info.format = format;
     SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
@@ -62,6 +62,29 @@ TEST_P(SndfileFormat, IsReadSampleBySample) {
     }
 }
 
+TEST_P(SndfileFormat, IsPlayedFromAnywhere) {
+    const test::TemporaryFolder folder;
+    const std::string path = folder.Path("sndfile.wav");
+    const Samples samples = Spread(5001);
+    for (const int rate : {8000, 16000, 44100, 48000, 64000}) {
+        WriteBySndfile(path, samples, GetParam() | SF_FORMAT_PCM_16, 1, true, rate);
+        CtbWaveFile file;
+        ASSERT_TRUE(file.Open(path.c_str()));
+        EXPECT_EQ(file.GetFormatTag(), 1U);
+        EXPECT_EQ(file.GetChannels(), 1U);
+        EXPECT_EQ(file.GetBitsPerSample(), 16U);
+        EXPECT_EQ(file.GetSampleRate(), static_cast<std::uint32_t>(rate));
+        EXPECT_EQ(file.GetBytesPerSecond(), 2 * static_cast<std::uint32_t>(rate));
+        EXPECT_EQ(file.GetDataSize(), 10002U);
+        Samples read(samples.size());
+        EXPECT_EQ(file.Read(read.data(), 5001), 5001U);
+        EXPECT_EQ(read, samples);
+        EXPECT_TRUE(file.Seek(10000));
+        EXPECT_EQ(file.Read(read.data(), 1), 1U);
+        EXPECT_EQ(read[0], samples[5000]);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(WaveFile, SndfileFormat, testing::Values(SF_FORMAT_WAV, SF_FORMAT_WAVEX));
 
 TEST(WaveFileInteroperability, RefusesWhatIsNotSixteenBitMonoPcm) {
@@ -90,22 +113,24 @@ TEST(WaveFileInteroperability, WritesWhatSndfileReads) {
     const test::TemporaryFolder folder;
     const std::string path = folder.Path("ours.wav");
     const Samples samples = Spread(5001);
-    CtbWaveFile ours;
-    ASSERT_TRUE(ours.Create(path.c_str(), 8000));
-    ASSERT_TRUE(ours.Write(samples.data(), static_cast<std::uint32_t>(samples.size())));
-    ASSERT_TRUE(ours.Close());
+    for (const std::uint32_t rate : {8000U, 16000U, 44100U, 48000U, 64000U}) {
+        CtbWaveFile ours;
+        ASSERT_TRUE(ours.Create(path.c_str(), rate));
+        ASSERT_TRUE(ours.Write(samples.data(), static_cast<std::uint32_t>(samples.size())));
+        ASSERT_TRUE(ours.Close());
 
-    SF_INFO info{};
-    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
-    ASSERT_NE(file, nullptr) << sf_strerror(nullptr);
-    EXPECT_EQ(info.samplerate, 8000);
-    EXPECT_EQ(info.channels, 1);
-    EXPECT_EQ(info.format, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
-    EXPECT_EQ(info.frames, static_cast<sf_count_t>(samples.size()));
-    Samples read(samples.size());
-    EXPECT_EQ(sf_readf_short(file, read.data(), info.frames), info.frames);
-    EXPECT_EQ(read, samples);
-    EXPECT_EQ(sf_close(file), 0);
+        SF_INFO info{};
+        SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
+        ASSERT_NE(file, nullptr) << sf_strerror(nullptr);
+        EXPECT_EQ(info.samplerate, static_cast<int>(rate));
+        EXPECT_EQ(info.channels, 1);
+        EXPECT_EQ(info.format, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+        EXPECT_EQ(info.frames, static_cast<sf_count_t>(samples.size()));
+        Samples read(samples.size());
+        EXPECT_EQ(sf_readf_short(file, read.data(), info.frames), info.frames);
+        EXPECT_EQ(read, samples);
+        EXPECT_EQ(sf_close(file), 0);
+    }
 }
 
 } // namespace

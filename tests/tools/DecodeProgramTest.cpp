@@ -333,19 +333,32 @@ TEST_F(DecodeProgram, KeepsTheSummaryOutOfEventsOnStandardOutput) {
     EXPECT_EQ(result.output.find('\r'), std::string::npos);
 }
 
-TEST_F(DecodeProgram, ReadsARecordingWhoseHeaderWasNeverCompleted) {
-    const std::vector<std::int16_t> silence(4800);
+/// A recorder that was killed leaves sizes of 0, one that wrote into a pipe all ones.
+struct UnfinishedRecording : DecodeProgram, testing::WithParamInterface<std::uint32_t> {};
+
+TEST_P(UnfinishedRecording, IsDecodedToItsEndAndToldInOneLine) {
+    const std::string whole = WriteSignal();
     const auto bytes = RiffBytes()
                            .Chunk("fmt ", FormatBytes(18))
-                           .ChunkOfSize("data", 0xFFFFFFFF, SampleBytes(silence))
-                           .BytesOfSize(0xFFFFFFFF);
-    const ProgramResult result =
-        RunOrvaDecode(folder, {folder.Write("live.wav", bytes), "--events", folder.Path("events.jsonl")});
-    EXPECT_EQ(result.exitCode, 0);
-    ASSERT_EQ(result.ErrorLines().size(), 1U) << result.errors;
-    EXPECT_NE(result.errors.find("never completed"), std::string::npos) << result.errors;
-    EXPECT_NEAR(ReadEvents().back()["seconds"].get<double>(), 0.1, 1e-9);
+                           .ChunkOfSize("data", GetParam(), SampleBytes(RecordedSignal()))
+                           .BytesOfSize(GetParam());
+    const std::string unfinished = folder.Write("live.if.wav", bytes);
+    Run({whole, "-o", folder.Path("whole.wav"), "--events", folder.Path("whole.jsonl")});
+    for (const bool piped : {false, true}) {
+        const ProgramResult result = RunOrvaDecode(
+            folder,
+            {piped ? "-" : unfinished, "-o", folder.Path("live.wav"), "--events", folder.Path("live.jsonl")},
+            piped ? unfinished : std::string());
+        EXPECT_EQ(result.exitCode, 0);
+        ASSERT_EQ(result.ErrorLines().size(), 1U) << result.errors;
+        EXPECT_NE(result.errors.find("never completed"), std::string::npos) << result.errors;
+        EXPECT_NE(result.errors.find(piped ? "standard input" : "live.if.wav"), std::string::npos);
+        EXPECT_EQ(ReadWholeFile(folder.Path("live.wav")), ReadWholeFile(folder.Path("whole.wav")));
+        EXPECT_EQ(Without(ReadEvents("live.jsonl"), ""), Without(ReadEvents("whole.jsonl"), ""));
+    }
 }
+
+INSTANTIATE_TEST_SUITE_P(DecodeProgram, UnfinishedRecording, testing::Values(0U, 0xFFFFFFFFU));
 
 TEST_F(DecodeProgram, ExplainsItself) {
     const ProgramResult result = Run({"--help"});
