@@ -82,8 +82,8 @@ public:
         // Outside the lock: the stream's thread may be reading.
         stream->Stop();
         const std::lock_guard guard(lock);
-        Log("CodecStop %u: %llu delivered, %llu lost", static_cast<unsigned>(handle), stream->Delivered(),
-            stream->Lost());
+        Log("CodecStop %u: %llu delivered, %llu processed, %llu lost", static_cast<unsigned>(handle),
+            stream->Delivered(), stream->Processed(), stream->Lost());
         return 1;
     }
 

@@ -77,6 +77,11 @@ std::uint64_t ReceiverStream::Delivered() const {
     return deliveredBytes / sizeof(std::int16_t);
 }
 
+std::uint64_t ReceiverStream::Processed() const {
+    const std::lock_guard guard(lock);
+    return processedSamples;
+}
+
 std::uint64_t ReceiverStream::Lost() const {
     const std::lock_guard guard(lock);
     return lostSamples;

@@ -47,6 +47,7 @@ public:
     void InvertSpectrum(std::int16_t* samples, std::size_t count);
 
     std::uint64_t Delivered() const; ///< samples that were read
+    std::uint64_t Processed() const; ///< samples that went through `InvertSpectrum`
     std::uint64_t Lost() const;      ///< samples that nobody read in time
 
 private:

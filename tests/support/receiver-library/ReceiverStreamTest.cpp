@@ -116,6 +116,7 @@ TEST_F(ReceiverStreamTest, WaitsForProcessingAtSpeedZero) {
         }
     }
     EXPECT_EQ(processed, sent.size());
+    EXPECT_EQ(stream.Processed(), sent.size());
     EXPECT_EQ(Heard(), sent);
 }
 
