@@ -1,5 +1,6 @@
 #include "toolkit/TmyEdit.h"
 
+#include "toolkit/FocusMark.h"
 #include "toolkit/FrameDrawing.h"
 #include "toolkit/TextDrawing.h"
 #include "toolkit/TypeRegistry.h"
@@ -119,6 +120,7 @@ void TmyEdit::OnChar(WPARAM& code, LPARAM flags) {
 
 void TmyEdit::OnFocusChange(bool gained) {
     const LifeGuard life(this);
+    Invalidate();
     TmyComponent::OnFocusChange(gained);
     if (!gained && life.IsAlive()) {
         OnCommit();
@@ -221,6 +223,11 @@ void TmyEdit::OnDrawNonClient(HDC dc, const RECT& area) {
     DrawFrame(dc, area, HasState(ControlState::Grey) ? kFrameFaint : kFrameSunken, frame,
               GetStyleValue(StyleValue::WindowColor),
               static_cast<int>(GetStyleValue(StyleValue::Brightness)));
+    if (HasFocus() && frame > 0) {
+        RECT innermost = inside;
+        InflateRect(&innermost, 1, 1);
+        DrawFocusMark(dc, innermost);
+    }
 }
 
 // --- messages of the frame ---------------------------------------------------------------------------------

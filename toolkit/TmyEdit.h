@@ -17,6 +17,7 @@ constexpr DWORD kEditStyle = WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_CLIPSIBLING
 /// | enabled  | text colour on the control background, a sunken frame of the border width |
 /// | disabled | the disabled text colour                                                  |
 /// | grey     | the faint frame, style 7                                                  |
+/// | focused  | the mark of the focus on the innermost ring of the frame, and the caret      |
 ///
 /// A single line stands in the middle of the height. Keys, caret, selection and the clipboard are the
 /// platform's. Return in a single line, and the loss of the focus, commit: `OnCommit`. Return ends there, so

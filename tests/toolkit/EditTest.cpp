@@ -168,6 +168,25 @@ TEST_F(EditTest, HasAFainterFrameWhenGrey) {
     EXPECT_EQ(GetRValue(PixelAt(edit, 60, 0)), sunken);
 }
 
+TEST_F(EditTest, MarksTheFocusOnTheInnermostRingOfItsFrame) {
+    const int ring = kFrame - 1;
+    const auto countMarks = [&] {
+        Pump();
+        return CountPixels(edit, {ring, ring, 120 - ring, kFrame}, 0xFFFFFF);
+    };
+    PaintNow(edit);
+    EXPECT_EQ(countMarks(), 0);
+    edit.SetFocus();
+    EXPECT_EQ(countMarks(), (120 - 2 * ring) / 2); // every other pixel
+    EXPECT_EQ(CountPixels(edit, {0, 0, 120, ring}, 0xFFFFFF), 0);
+    Other().SetFocus();
+    EXPECT_EQ(countMarks(), 0);
+    edit.SetBorderWidth(0); // no room for it
+    edit.SetFocus();
+    Pump();
+    edit.SetBorderWidth(kFrame);
+}
+
 TEST_F(EditTest, DrawsTheUnitInItsRoom) {
     const COLORREF back = 0x402010;
     edit.SetStyleValue(StyleValue::BackColor, back, true);

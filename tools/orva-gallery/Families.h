@@ -13,5 +13,8 @@ void FillArrows(Family& family);
 void FillSliders(Family& family);
 void FillLists(Family& family);
 void FillComboBoxes(Family& family);
+void FillEntries(Family& family);
+void FillSpins(Family& family);
+void FillFloatingSelections(Family& family);
 
 } // namespace orva::gallery

@@ -11,7 +11,7 @@ using toolkit::ListStyle;
 using toolkit::TmyComboBox;
 using toolkit::TmyListBox;
 
-constexpr int kWidth = 112;
+constexpr int kWidth = 88;
 constexpr int kHeight = 76;
 constexpr int kLargeHeight = 76;
 constexpr int kBoxHeight = 20;

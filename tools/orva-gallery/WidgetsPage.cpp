@@ -24,6 +24,9 @@ constexpr Entry kFamilies[] = {
     {"TmySlider, Tmy_ScrollBar", FillSliders},
     {"TmyListBox", FillLists},
     {"TmyComboBox", FillComboBoxes},
+    {"TmyEdit, TmyIntEdit, TmyFloatEdit", FillEntries},
+    {"TmyUpDown, CtbNumParamControl", FillSpins},
+    {"TmyFloatingSelection, TmyFloatingSelection2", FillFloatingSelections},
 };
 
 constexpr std::size_t kColumns = 2;
