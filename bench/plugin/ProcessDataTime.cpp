@@ -1,5 +1,6 @@
 // What a block of 2400 samples costs on its way through all stages of an instance, window and output
-// included: median and 99.9th percentile. A plain program for Windows and Wine.
+// included, and what it costs while the host scans, before its answer and after it: median and 99.9th
+// percentile. A plain program for Windows and Wine.
 #include "plugin/COrvaPlugin.h"
 #include "tests/plugin/PluginSignals.h"
 
@@ -7,6 +8,8 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
+#include <string>
 #include <vector>
 
 namespace orva::bench {
@@ -66,7 +69,9 @@ struct Output {
     static inline std::size_t written = 0;
 };
 
-void Measure(const char* name, int rate, const std::vector<std::int16_t>& signal) {
+/// beforeBlock  what the host says before each block, by its number
+void Measure(const char* name, int rate, const std::vector<std::int16_t>& signal,
+             const std::function<void(plugin::COrvaPlugin&, std::size_t)>& beforeBlock = {}) {
     audio::WaveOutPlatform waveOut;
     waveOut.open = &Output::Open;
     waveOut.prepareHeader = &Output::Prepare;
@@ -86,9 +91,12 @@ void Measure(const char* name, int rate, const std::vector<std::int16_t>& signal
     times.reserve(kBlocks);
     std::size_t warmUp = signal.size() / kBlock;
     std::size_t place = 0;
-    while (times.size() < kBlocks) {
+    for (std::size_t block = 0; times.size() < kBlocks; ++block) {
         if (place + kBlock > signal.size()) {
             place = 0;
+        }
+        if (beforeBlock) {
+            beforeBlock(*instance, block);
         }
         const auto start = std::chrono::steady_clock::now();
         instance->ProcessData(signal.data() + place, kBlock);
@@ -102,10 +110,31 @@ void Measure(const char* name, int rate, const std::vector<std::int16_t>& signal
         Output::FinishAll();
     }
     std::sort(times.begin(), times.end());
-    std::printf("%-24s %6d Hz %9.1f us %9.1f us   %zu blocks played\n", name, rate, times[kBlocks / 2],
+    std::printf("%-24s %6d Hz %9.2f us %9.2f us   %zu blocks played\n", name, rate, times[kBlocks / 2],
                 times[kBlocks * 999 / 1000], Output::written);
     instance->Destroy();
     Output::FinishAll();
+}
+
+/// A scanner that is tuned away from each channel before it can answer, and one that has answered.
+void MeasureScanner(const char* test, std::uint32_t type, int rate, const std::vector<std::int16_t>& signal) {
+    // No test of these answers within so many blocks.
+    constexpr std::size_t kBlocksPerChannel = 10;
+    const auto scan = [type](plugin::COrvaPlugin& instance, std::size_t block) {
+        if (block == 0) {
+            constexpr plugin::SquelchValues kAnything{};
+            instance.SetSquelchSetup(type, &kAnything);
+            instance.SetScanner(1);
+        }
+    };
+    Measure((std::string(test) + ", scanning").c_str(), rate, signal,
+            [&](plugin::COrvaPlugin& instance, std::size_t block) {
+                scan(instance, block);
+                if (block % kBlocksPerChannel == 0) {
+                    instance.SetReceiverFrequency(0);
+                }
+            });
+    Measure((std::string(test) + ", answered").c_str(), rate, signal, scan);
 }
 
 void MeasureAll() {
@@ -114,6 +143,10 @@ void MeasureAll() {
         Measure("a call", rate, test::CallSignal(rate, test::kAlgorithmClear, kSuperframes));
         Measure("an FM carrier with tone", rate, test::FmTone(rate, kSeconds));
         Measure("noise", rate, test::Noise(rate, kSeconds));
+        const std::vector<std::int16_t> tone = test::FmTone(rate, kSeconds);
+        MeasureScanner("tone", plugin::squelch_type::kCtcss, rate, tone);
+        MeasureScanner("code", plugin::squelch_type::kDcs, rate, tone);
+        MeasureScanner("voice", plugin::squelch_type::kVoice, rate, tone);
     }
 }
 
