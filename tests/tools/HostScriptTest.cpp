@@ -108,6 +108,23 @@ TEST(HostScript, ReadsRecordingAndPlayback) {
     EXPECT_EQ(Parsed("stop").file, FileCommand::Stop);
 }
 
+TEST(HostScript, TheScanTunesToTenChannels) {
+    CommandSource commands(ORVA_SCAN_SCRIPT);
+    int tuned = 0;
+    bool isOn = false;
+    double seconds = 0.0;
+    while (const auto command = commands.Next()) {
+        tuned += command->code == 2048 ? 1 : 0;
+        isOn = command->code == 3840 ? command->param != 0 : isOn;
+        EXPECT_TRUE(command->code != 2048 || isOn);
+        seconds += command->seconds;
+    }
+    EXPECT_TRUE(commands.IsAtEnd());
+    EXPECT_EQ(tuned, 10);
+    EXPECT_FALSE(isOn);
+    EXPECT_LE(seconds, 20.0) << "what the recording lasts";
+}
+
 TEST(HostScript, SkipsEmptyLinesAndRemarks) {
     for (const char* line : {"", "   ", "\t\r", "# 2304 19", "  #"}) {
         EXPECT_FALSE(HostCommand::Parse(line)) << line;

@@ -2,7 +2,9 @@
 
 #include "tests/support/TemporaryFolder.h"
 
+#include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -159,6 +161,32 @@ TEST_F(SignalJob, SameSeedMakesTheSameRecording) {
     const std::string first = make("a.if.wav", "1");
     EXPECT_EQ(first, make("b.if.wav", "1"));
     EXPECT_NE(first, make("c.if.wav", "2"));
+}
+
+TEST_F(SignalJob, MakesTenChannelsForAScanner) {
+    const std::string path = folder.Path("x.if.wav");
+    ASSERT_EQ(Run({"-o", path, "--scan", "0.5", "--rate", "64000"}), 0) << complaint;
+    constexpr std::size_t kHeader = 46;
+    constexpr std::size_t kChannel = 32000 * sizeof(std::int16_t);
+    const std::string bytes = Content(path);
+    ASSERT_EQ(bytes.size(), kHeader + 10 * kChannel);
+    // The first holds noise alone, at 20 dB below each of the others.
+    const auto power = [&](std::size_t channel) {
+        double sum = 0.0;
+        for (std::size_t i = 0; i < kChannel; i += sizeof(std::int16_t)) {
+            std::int16_t sample = 0;
+            std::memcpy(&sample, bytes.data() + kHeader + channel * kChannel + i, sizeof sample);
+            sum += static_cast<double>(sample) * sample;
+        }
+        return sum;
+    };
+    // Over half the rate there is 32000 / 12500 times the noise that the ratio speaks of: 4.1 dB.
+    const double noise = power(0);
+    for (std::size_t channel = 1; channel < 10; ++channel) {
+        EXPECT_NEAR(10.0 * std::log10((power(channel) - noise) / noise), 20.0 - 4.08, 0.3) << channel;
+    }
+    EXPECT_NE(Run({"-o", path, "--scan", "2.5"}), 0) << "a digital call is not that long";
+    EXPECT_NE(Run({"-o", path, "--scan", "1", "--fm", "1"}), 0);
 }
 
 TEST_F(SignalJob, RefusesToWriteNothing) {

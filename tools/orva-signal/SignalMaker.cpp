@@ -3,6 +3,7 @@
 #include "tests/support/BusyControlChannel.h"
 #include "tests/support/C4fmPulse.h"
 #include "tools/orva-signal/FmSignal.h"
+#include "tools/orva-signal/ScanSignal.h"
 #include "tools/orva-signal/VoiceChoice.h"
 
 #include <utility>
@@ -90,6 +91,9 @@ void AddCallWithFollowers(test::Transmission& transmission, const SignalOptions&
 Signal MakeSignal(const SignalOptions& options, const test::VoiceSource& voice) {
     if (options.fm.seconds > 0.0) {
         return {MakeFmSignal(options), {}, {}};
+    }
+    if (options.scanSeconds > 0.0) {
+        return {MakeScanSignal(options), {}, {}};
     }
     const double offset = options.modulator.carrierOffset;
     SignalMaker maker(options);

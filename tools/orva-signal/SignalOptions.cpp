@@ -223,6 +223,22 @@ void DescribeFm(CLI::App& app, SignalOptions& options) {
     }
 }
 
+void DescribeScan(CLI::App& app, SignalOptions& options) {
+    constexpr double kLongest = 2.0; // the digital call is hardly longer
+    auto* scan =
+        app.add_option("--scan", options.scanSeconds,
+                       "Transmit ten channels for a scanner instead of calls, of this length each [s]: "
+                       "noise, a carrier, the tone 100 Hz and 123 Hz, the code 023, inverted, and 114, "
+                       "speech, a digital call, speech above the tone 100 Hz; at 20 dB unless --snr says so")
+            ->check(CLI::Range(0.1, kLongest))
+            ->group("Scan");
+    for (const char* other :
+         {"--calls", "--superframes", "--seconds", "--no-header", "--ending", "--voice", "--voice-file",
+          "--packet-blocks", "--unknown", "--control", "--fm", "--warm-up", "--dibits", "--truth"}) {
+        scan->excludes(app.get_option(other));
+    }
+}
+
 } // namespace
 
 void DescribeOptions(CLI::App& app, SignalOptions& options) {
@@ -232,6 +248,7 @@ void DescribeOptions(CLI::App& app, SignalOptions& options) {
     DescribeControlChannel(app, options);
     DescribeChannel(app, options);
     DescribeFm(app, options);
+    DescribeScan(app, options);
 }
 
 std::string CompleteOptions(SignalOptions& options) {

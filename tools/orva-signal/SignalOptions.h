@@ -47,6 +47,8 @@ struct SignalOptions {
 
     FmOptions fm;
 
+    double scanSeconds = 0.0; ///< length of each channel for a scanner in place of the calls; 0: calls
+
     bool warmUp = false;
     int warmUpSuperframes = 2;
 
