@@ -3,6 +3,7 @@
 #include "toolkit/FocusMark.h"
 #include "toolkit/FrameDrawing.h"
 #include "toolkit/TextDrawing.h"
+#include "toolkit/TmyApplication.h"
 #include "toolkit/TypeRegistry.h"
 
 #include <algorithm>
@@ -233,13 +234,28 @@ void TmyEdit::OnDrawNonClient(HDC dc, const RECT& area) {
 // --- messages of the frame ---------------------------------------------------------------------------------
 
 LRESULT TmyEdit::WndProc(UINT message, WPARAM wParam, LPARAM lParam) {
-    if (Window() == nullptr ||
-        (message != WM_NCCALCSIZE && message != WM_NCPAINT && message != WM_NCHITTEST)) {
+    if (Window() == nullptr) {
         return TmyComponent::WndProc(message, wParam, lParam);
     }
     const LifeGuard life(this);
-    messageHook.Fire(this, message, wParam, lParam);
-    return life.IsAlive() ? HandleNonClient(message, wParam, lParam) : 0;
+    switch (message) {
+    case WM_NCCALCSIZE:
+    case WM_NCPAINT:
+    case WM_NCHITTEST:
+        messageHook.Fire(this, message, wParam, lParam);
+        return life.IsAlive() ? HandleNonClient(message, wParam, lParam) : 0;
+    case WM_KILLFOCUS: {
+        const LRESULT result = TmyComponent::WndProc(message, wParam, lParam);
+        // A window that is none of ours takes the focus without a word to the tree, even in the same top
+        // window.
+        if (life.IsAlive() && TmyApplication::ObjectFromWindow(reinterpret_cast<HWND>(wParam)) == nullptr) {
+            TellFocus(false);
+        }
+        return result;
+    }
+    default:
+        return TmyComponent::WndProc(message, wParam, lParam);
+    }
 }
 
 LRESULT TmyEdit::HandleNonClient(UINT message, WPARAM wParam, LPARAM lParam) {

@@ -352,6 +352,26 @@ TEST_F(EditTest, CommitsAtTheLossOfTheFocus) {
     EXPECT_EQ(committed.Take(), 1);
 }
 
+TEST_F(EditTest, CommitsWhenAWindowOfTheHostTakesTheFocus) {
+    EventCount<> committed;
+    EventCount<bool> focused;
+    committed.Watch(edit.onCommit);
+    focused.Watch(edit.onFocus);
+    const HWND foreign =
+        CreateWindowExA(0, "BUTTON", "", kChild, 0, 100, 50, 20, top.Window(), nullptr, nullptr, nullptr);
+    edit.SetFocus();
+    ::SetFocus(foreign);
+    EXPECT_EQ(committed.Take(), 1);
+    EXPECT_EQ(focused.last, 0);
+    ::SetFocus(edit.Window());
+    EXPECT_EQ(focused.last, 1);
+    EXPECT_EQ(focused.Take(), 3);
+    ::SetFocus(nullptr);
+    EXPECT_EQ(committed.Take(), 1);
+    EXPECT_EQ(focused.Take(), 1);
+    DestroyWindow(foreign);
+}
+
 TEST_F(EditTest, LetsAHandlerDropACharacter) {
     struct Filter {
         void Drop(TmyControl* /*sender*/, WPARAM& code, LPARAM /*flags*/) {
