@@ -91,6 +91,7 @@ void COrvaPlugin::Construct(std::uint32_t hostHandle) {
 /// Ends what the construction has begun, as far as it came.
 void COrvaPlugin::Dismantle() {
     closing = true;
+    DeleteOverwriteBox();
     EndStream();
     receiverLibrary.Unload();
     waveIn.reset();
@@ -481,6 +482,7 @@ void COrvaPlugin::OnOrvaGainEvent(toolkit::TmyControl* /*sender*/, std::int32_t 
 /// The host destroyed the window, and it deletes itself; the instance lives on without one.
 void COrvaPlugin::OnWindowDestroyedEvent(toolkit::TmyControl* /*sender*/) {
     windowHandle = nullptr;
+    overwriteBox = nullptr; // goes with its parent
     static_cast<void>(window.release());
 }
 

@@ -34,7 +34,8 @@
 
 namespace orva::toolkit {
 class TmyControl;
-}
+class TmyMsgBox;
+} // namespace orva::toolkit
 
 namespace orva::ui {
 class COrvaPluginWindow;
@@ -283,7 +284,9 @@ private:
     [[nodiscard]] bool IsFileSupported() const;
     [[nodiscard]] bool IsRecording(bool audio) const;
     [[nodiscard]] bool Exists(const std::string& path) const;
-    [[nodiscard]] bool AskOverwrite(const std::string& path) const;
+    [[nodiscard]] bool AskOverwrite(const std::string& path);
+    void DeleteOverwriteBox();
+    void DismissOverwriteBox();
     void Record(const std::int16_t* samples, std::uint32_t count);
     void StartAudioPlayback();
     void RestartWaveOut(std::uint32_t rate);
@@ -403,9 +406,10 @@ private:
     std::int32_t currentBer = 0; ///< [0.1 %]
     bool playNextFile = false;   ///< tested when playback stops; never set
     std::unique_ptr<ui::COrvaPluginWindow> window;
-    std::atomic<HWND> windowHandle = nullptr; ///< for the receiver's thread
-    dsp::TFIR_F32 inputDecimator;             ///< input rate to 16000
-    dsp::TFIR_F32 voiceInterpolator;          ///< 8000 to 16000
+    toolkit::TmyMsgBox* overwriteBox = nullptr; ///< a child of the window, which deletes it
+    std::atomic<HWND> windowHandle = nullptr;   ///< for the receiver's thread
+    dsp::TFIR_F32 inputDecimator;               ///< input rate to 16000
+    dsp::TFIR_F32 voiceInterpolator;            ///< 8000 to 16000
     dsp::TFIR_F32 noiseHighPass;
     dsp::TFIR_F32 audioFilter;
     dsp::CtbByteBlock hostAudioBuffer; ///< of `AudioOffer`; only grows

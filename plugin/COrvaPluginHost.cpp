@@ -63,6 +63,7 @@ void COrvaPlugin::AnnounceCapabilities() {
 bool COrvaPlugin::BeginClosing() {
     const bool first = !closing;
     closing = true;
+    DismissOverwriteBox();
     return first;
 }
 

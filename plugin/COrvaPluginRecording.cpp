@@ -4,10 +4,12 @@
 #include "plugin/COrvaPlugin.h"
 #include "plugin/RecordingPath.h"
 #include "toolkit/TmyApplication.h"
+#include "toolkit/TmyMsgBox.h"
 #include "ui/COrvaPluginWindow.h"
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace orva::plugin {
 
@@ -30,7 +32,9 @@ constexpr double kRoundingUp = 0.9990000128746033;
 constexpr std::uint32_t kSpectrumOfFile = 0; // no flag: the samples are not live
 
 constexpr char kOverwriteTitle[] = "Overwrite existing file?";
-constexpr int kOverwriteYes = 0; // index of the button
+constexpr int kOverwriteYes = 0; // indices of the buttons
+constexpr int kOverwriteNo = 1;
+constexpr int kOverwriteButtons = 2;
 
 /// What `SetFileMode` takes.
 enum FileMode : std::int32_t { kNoFile = 0, kIfPlayed = 1, kAudioPlayed = 2 };
@@ -98,10 +102,28 @@ bool COrvaPlugin::Exists(const std::string& path) const {
     return true;
 }
 
-bool COrvaPlugin::AskOverwrite(const std::string& path) const {
-    const HWND owner = GetWindowHandle();
-    return owner != nullptr &&
-           platform.ask(owner, OverwriteQuestion(path).c_str(), kOverwriteTitle) == kOverwriteYes;
+bool COrvaPlugin::AskOverwrite(const std::string& path) {
+    if (!window) {
+        return false;
+    }
+    if (overwriteBox == nullptr) {
+        overwriteBox = new toolkit::TmyMsgBox(window.get(), kOverwriteButtons);
+        overwriteBox->SetButtonText(kOverwriteYes, "Yes");
+        overwriteBox->SetButtonText(kOverwriteNo, "No");
+        overwriteBox->SetKey(VK_RETURN, kOverwriteYes);
+    }
+    return platform.ask(*overwriteBox, OverwriteQuestion(path).c_str(), kOverwriteTitle) == kOverwriteYes;
+}
+
+/// A question that is still open when the host closes the instance is answered with no.
+void COrvaPlugin::DismissOverwriteBox() {
+    if (overwriteBox != nullptr && overwriteBox->IsInModal()) {
+        overwriteBox->EndModal(kOverwriteNo + 1);
+    }
+}
+
+void COrvaPlugin::DeleteOverwriteBox() {
+    delete std::exchange(overwriteBox, nullptr);
 }
 
 /// Writes samples to the recording under way, which a failure ends.

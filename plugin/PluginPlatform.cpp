@@ -1,5 +1,7 @@
 #include "plugin/PluginPlatform.h"
 
+#include "toolkit/TmyMsgBox.h"
+
 namespace orva::plugin {
 
 namespace {
@@ -8,8 +10,8 @@ void ShowErrorBox(HWND owner, const char* text, const char* title) {
     MessageBoxA(owner, text, title, MB_OK | MB_ICONERROR);
 }
 
-int ShowQuestionBox(HWND owner, const char* text, const char* title) {
-    return MessageBoxA(owner, text, title, MB_YESNO | MB_ICONQUESTION) == IDYES ? 0 : 1;
+int ShowQuestionBox(toolkit::TmyMsgBox& box, const char* text, const char* title) {
+    return box.ShowMessage(text, title);
 }
 
 } // namespace

@@ -10,6 +10,10 @@
 
 #include <windows.h>
 
+namespace orva::toolkit {
+class TmyMsgBox;
+}
+
 namespace orva::plugin {
 
 /// Tables of the platform's calls, each filled with the real ones unless a test puts others there.
@@ -21,8 +25,8 @@ struct PluginPlatform {
     LibraryPlatform library;
     /// Shows a message to the user, modal to `owner`.
     void (*showError)(HWND owner, const char* text, const char* title);
-    /// Asks the user something, modal to `owner`. Returns the index of the button: 0 "Yes", 1 "No".
-    int (*ask)(HWND owner, const char* text, const char* title);
+    /// Shows a box until the user answers. Returns the index of the button, or a number below 0.
+    int (*ask)(toolkit::TmyMsgBox& box, const char* text, const char* title);
     /// Null: every instance begins with what its constructor gives it.
     IInstanceSettings* settings = nullptr;
 };

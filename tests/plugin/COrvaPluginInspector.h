@@ -26,6 +26,7 @@ struct COrvaPluginInspector {
     [[nodiscard]] auto& PauseUnderSquelch() const { return plugin.pauseUnderSquelch; }
     [[nodiscard]] auto& PauseNoOrva() const { return plugin.pauseNoOrva; }
     [[nodiscard]] auto& OrvaSignalLatch() const { return plugin.orvaSignalLatch; }
+    [[nodiscard]] auto& OverwriteBox() const { return plugin.overwriteBox; }
     [[nodiscard]] auto& PlayNextFile() const { return plugin.playNextFile; }
     [[nodiscard]] auto& ProcessingRate() const { return plugin.processingRate; }
     [[nodiscard]] auto& WaveOut() const { return plugin.waveOut; }

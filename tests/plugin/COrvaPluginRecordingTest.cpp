@@ -2,6 +2,7 @@
 #include "tests/plugin/PluginSignals.h"
 #include "tests/plugin/RecordingFixture.h"
 #include "tests/support/AllocationProbe.h"
+#include "toolkit/TmyMsgBox.h"
 
 #include <algorithm>
 #include <numeric>
@@ -31,7 +32,10 @@ bool IsSilent(std::span<const std::int16_t> samples) {
     return std::all_of(samples.begin(), samples.end(), [](std::int16_t sample) { return sample == 0; });
 }
 
-class PluginRecording : public test::RecordingFixture {};
+class PluginRecording : public test::RecordingFixture {
+public:
+    using PluginFixture::Close; // for callbacks of the platform
+};
 class PluginRecordingRates : public test::RecordingFixture, public testing::WithParamInterface<int> {
 protected:
     static int Rate() { return GetParam(); }
@@ -180,6 +184,69 @@ TEST_F(PluginRecording, AnInstanceClosedUnderTheQuestionRecordsNothing) {
     onQuestion = [&] { Close(); };
     button = 0;
     RecordIf();
+    EXPECT_TRUE(IsDestroyed());
+    EXPECT_EQ(test::ReadWholeFile(path), "precious");
+}
+
+TEST_F(PluginRecording, TheBoxIsMadeOnceAndGoesWithTheWindow) {
+    StartAtRate(48000);
+    EXPECT_EQ(Inside().OverwriteBox(), nullptr);
+    folder.Write("rec.wav", "x");
+    RecordAudio();
+    const toolkit::TmyMsgBox* box = Inside().OverwriteBox();
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->GetStyleValue(toolkit::StyleValue::WindowColor),
+              Inside().Window()->GetStyleValue(toolkit::StyleValue::WindowColor));
+    EXPECT_EQ(box->GetStyleValue(toolkit::StyleValue::TextColor),
+              Inside().Window()->GetStyleValue(toolkit::StyleValue::TextColor));
+    RecordAudio();
+    EXPECT_EQ(Inside().OverwriteBox(), box);
+    DestroyWindow(window);
+    EXPECT_EQ(Inside().OverwriteBox(), nullptr);
+    RecordAudio();
+    EXPECT_TRUE(IsIdle());
+    EXPECT_EQ(questions.size(), 2U) << "without a window nobody is asked";
+}
+
+namespace {
+
+/// What a user does to the box, by a timer that runs in the box's own loop.
+void (*onBox)(HWND box) = nullptr;
+
+void CALLBACK FindBox(HWND, UINT, UINT_PTR timer, DWORD) {
+    const HWND box = FindWindowA(nullptr, "Overwrite existing file?");
+    if (box != nullptr && IsWindowVisible(box) != FALSE) {
+        KillTimer(nullptr, timer);
+        onBox(box);
+    }
+}
+
+} // namespace
+
+TEST_F(PluginRecording, TheRealBoxIsAnsweredByTheUser) {
+    platform.ask = RealPlatform().ask;
+    StartAtRate(48000);
+    const std::string path = folder.Write("rec.wav", "precious");
+    onBox = [](HWND box) { PostMessageA(box, WM_CLOSE, 0, 0); };
+    SetTimer(nullptr, 0, 10, &FindBox);
+    RecordAudio();
+    EXPECT_TRUE(IsIdle());
+    EXPECT_EQ(test::ReadWholeFile(path), "precious");
+    onBox = [](HWND box) { PostMessageA(box, WM_KEYDOWN, VK_RETURN, 1); };
+    SetTimer(nullptr, 0, 10, &FindBox);
+    RecordAudio();
+    EXPECT_TRUE(IsRecording()) << "yes is the default";
+}
+
+TEST_F(PluginRecording, TheRealBoxGoesWhenTheHostClosesTheInstance) {
+    platform.ask = RealPlatform().ask;
+    StartAtRate(48000);
+    const std::string path = folder.Write("rec.wav", "precious");
+    static PluginRecording* self = nullptr;
+    self = this;
+    onBox = [](HWND) { self->Close(); };
+    SetTimer(nullptr, 0, 10, &FindBox);
+    RecordAudio();
     EXPECT_TRUE(IsDestroyed());
     EXPECT_EQ(test::ReadWholeFile(path), "precious");
 }
@@ -821,6 +888,35 @@ TEST_F(PluginRecording, AFullDiskEndsTheRecordingAndKeepsWhatWasWritten) {
     Samples kept((bytes.size() - 46) / 2);
     std::memcpy(kept.data(), bytes.data() + 46, 2 * kept.size());
     EXPECT_TRUE(std::equal(kept.begin(), kept.end(), samples.begin()));
+    Close();
+    platform.files = &audio::SystemFiles();
+}
+
+namespace {
+
+bool isFolderThere = true;
+
+bool IsInPlaceWhileTheFolderIsThere(audio::FileHandle file, const char* path) {
+    return isFolderThere && audio::SystemFiles().isInPlace(file, path);
+}
+
+} // namespace
+
+TEST_F(PluginRecording, AFolderTakenAwayEndsTheRecording) {
+    audio::FilePlatform files = audio::SystemFiles();
+    files.isInPlace = &IsInPlaceWhileTheFolderIsThere;
+    platform.files = &files;
+    isFolderThere = true;
+    StartAtRate(48000);
+    RecordIf();
+    const Samples samples = Ramp(60 * kBlock);
+    Process(std::span(samples).first(30 * kBlock));
+    EXPECT_TRUE(IsRecording());
+    isFolderThere = false;
+    Process(std::span(samples).subspan(30 * kBlock));
+    EXPECT_TRUE(IsIdle());
+    EXPECT_EQ(panel.Take(), (Shown{"recording", "file rec.if", "stopped"}));
+    EXPECT_EQ(StreamValues(), Values{0});
     Close();
     platform.files = &audio::SystemFiles();
 }

@@ -1,5 +1,8 @@
 #include "tests/plugin/PluginFixture.h"
 
+#include "toolkit/TmyMsgBox.h"
+#include "toolkit/Tmy_Btn2.h"
+
 #include <algorithm>
 
 namespace orva::test {
@@ -50,8 +53,12 @@ void PluginFixture::ShowError(HWND owner, const char* text, const char* title) {
     }
 }
 
-int PluginFixture::Ask(HWND owner, const char* text, const char* title) {
-    EXPECT_EQ(owner, fixture->window);
+int PluginFixture::Ask(toolkit::TmyMsgBox& box, const char* text, const char* title) {
+    EXPECT_EQ(box.GetParent()->Window(), fixture->window);
+    EXPECT_EQ(box.GetButtonCount(), 2);
+    EXPECT_STREQ(box.Button(0)->GetText().Text(), "Yes");
+    EXPECT_STREQ(box.Button(1)->GetText().Text(), "No");
+    EXPECT_EQ(box.GetKey(VK_RETURN), 0) << "the default";
     fixture->questions.push_back(std::string(title) + ": " + text);
     if (fixture->onQuestion) {
         fixture->onQuestion();
