@@ -1,7 +1,10 @@
 /// Whole runs of the bench host with a small plug-in that answers every code.
+#include "tests/audio/RiffBytes.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ProgramRun.h"
 
+#include <cstdint>
+#include <cstdlib>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -51,8 +54,9 @@ struct HostRun {
 
 class HostProgramTest : public testing::Test {
 protected:
-    HostRun Run(const std::string& script, std::vector<std::string> more = {}) {
-        more.insert(more.begin(), {ORVA_ECHO_PLUGIN, "--hidden"});
+    HostRun Run(const std::string& script, std::vector<std::string> more = {},
+                const char* plugin = ORVA_ECHO_PLUGIN) {
+        more.insert(more.begin(), {plugin, "--hidden"});
         HostRun run;
         run.program = RunProgram(ORVA_HOST_PROGRAM, folder, more, folder.Write("script.txt", script));
         std::istringstream text(run.program.output);
@@ -153,6 +157,89 @@ TEST_F(HostProgramTest, StartsAndClosesAgainAndAgain) {
     EXPECT_EQ(run.program.exitCode, 0);
     EXPECT_EQ(run.Count("event", "unloaded"), 20U);
     EXPECT_EQ(run.Count("name", "Closing"), 20U);
+}
+
+constexpr std::size_t kHeader = 46; // bytes before the samples of a recording
+
+/// A recording that never looks like itself at another place.
+std::vector<std::uint8_t> ReceiverInput(std::uint32_t samples) {
+    LittleEndianBytes bytes;
+    bytes.Text("RIFF").Number(2 * samples + 38, 4).Text("WAVEfmt ").Number(18, 4);
+    bytes.Raw(FormatBytes(18, {1, 1, 64000, 16})).Text("data").Number(2 * samples, 4);
+    std::uint32_t state = 1;
+    for (std::uint32_t i = 0; i < samples; ++i) {
+        state = state * 1664525 + 1013904223;
+        bytes.Number(state >> 20, 2);
+    }
+    return bytes.Bytes();
+}
+
+TEST_F(HostProgramTest, WorksTheRealPluginsRecordingAndPlayback) {
+    constexpr std::uint32_t kSamples = 320000;
+    const std::string input = folder.Write("in.if.wav", ReceiverInput(kSamples));
+    _putenv_s("ORVA_RECEIVER_RECORDING", input.c_str());
+    _putenv_s("ORVA_RECEIVER_SPEED", "2");
+    _putenv_s("ORVA_RECEIVER_END", "stop");
+    const std::string take = folder.Path("first take");
+    const std::string stereo = folder.Write("stereo.wav", LittleEndianBytes()
+                                                              .Text("RIFF")
+                                                              .Number(42, 4)
+                                                              .Text("WAVEfmt ")
+                                                              .Number(18, 4)
+                                                              .Raw(FormatBytes(18, {1, 2, 48000, 16}))
+                                                              .Text("data")
+                                                              .Number(4, 4)
+                                                              .Number(0, 4)
+                                                              .Bytes());
+    const HostRun run =
+        Run("mode orva\nrecord if " + take + "\nwait 0.3\nplay " + input +
+                "\npause\nresume\nwait 0.1\nstop\nstop\n" // no file is played while one is recorded
+                "record if " +
+                take +
+                ".if.wav\n" // it is there: the answer is no
+                "play " +
+                stereo + "\nplay " + take +
+                ".if.wav\nwait 0.1\nseek 2000\nstep 1\nstop\n"
+                "record audio " +
+                take + "\nstop\n",
+            {"--device", "K7USB", "--libraries", ORVA_RECEIVER_FOLDER, "--answer", "16385=7"}, ORVA_PLUGIN);
+    for (const char* name : {"ORVA_RECEIVER_RECORDING", "ORVA_RECEIVER_SPEED", "ORVA_RECEIVER_END"}) {
+        _putenv_s(name, "");
+    }
+    EXPECT_EQ(run.program.exitCode, 0) << run.program.errors;
+    std::vector<std::string> done;
+    for (const Json& line : run.lines) {
+        if (line.value("event", "") == "file") {
+            done.push_back(line["command"].get<std::string>() + (line["done"].get<bool>() ? "" : ": no"));
+        }
+    }
+    EXPECT_EQ(done, (Codes{"record if", "play: no", "pause", "resume", "stop", "stop: no", "record if: no",
+                           "play: no", "play", "seek", "step", "stop", "record audio", "stop"}));
+    EXPECT_EQ(run.Find("event", "box")["title"], "Overwrite existing file?");
+    EXPECT_EQ(run.Find("event", "box")["answer"], "No");
+    Codes values;
+    for (const std::string& code : run.Codes("plugin")) {
+        if (code.starts_with("16385 ")) {
+            values.push_back(code);
+        }
+    }
+    EXPECT_EQ(values, (Codes{"16385 0", "16385 2048", "16385 7", "16385 7"}));
+
+    // What was recorded is what the receiver gave, in one piece.
+    const std::string given = ReadWholeFile(input).substr(kHeader);
+    const std::string recorded = ReadWholeFile(folder.Path("first take.if.wav"));
+    ASSERT_GT(recorded.size(), kHeader + 20000);
+    EXPECT_NE(given.find(recorded.substr(kHeader)), std::string::npos);
+    EXPECT_EQ(recorded.size() % 4800, kHeader) << "whole blocks";
+    EXPECT_EQ(ReadWholeFile(folder.Path("first take.wav")).size(), kHeader) << "no voice came";
+}
+
+TEST_F(HostProgramTest, WritesOverAFileWhenTold) {
+    const std::string file = folder.Write("x.if.wav", "precious");
+    const HostRun run = Run("record if " + file + "\nstop\n", {"--overwrite"}, ORVA_PLUGIN);
+    EXPECT_EQ(run.program.exitCode, 0) << run.program.errors;
+    EXPECT_EQ(run.Find("answer", "Yes")["title"], "Overwrite existing file?");
+    EXPECT_EQ(ReadWholeFile(file).substr(0, 4), "RIFF");
 }
 
 TEST_F(HostProgramTest, FailsOnABadCommandAndAMissingPlugin) {

@@ -371,12 +371,12 @@ void BenchHost::AnswerBox(HWND box, const std::string& title) {
     } else {
         journal.WriteEvent("box", {{"title", title}});
     }
-    if (className.data() != std::string(kPlatformBoxClass)) {
-        PostMessageA(box, WM_CLOSE, 0, 0);
-    } else if (isQuestion) {
-        PostMessageA(box, WM_COMMAND, options.overwrites ? IDYES : IDNO, 0);
-    } else {
+    if (className.data() == std::string(kPlatformBoxClass)) {
         PostMessageA(box, WM_COMMAND, IDOK, 0);
+    } else if (isQuestion && options.overwrites) {
+        PostMessageA(box, WM_KEYDOWN, VK_RETURN, 1); // Yes is the default
+    } else {
+        PostMessageA(box, WM_CLOSE, 0, 0);
     }
 }
 
