@@ -38,6 +38,9 @@ public:
         pump = Find<PumpTestMessages>(module, "PumpTestMessages");
         provoke = Find<ProvokeException>(module, "ProvokeException");
         read = Find<ReadStatistics>(module, "ReadStatistics");
+        openWidgets = Find<OpenWidgets>(module, "OpenWidgets");
+        driveWidgets = Find<DriveWidgets>(module, "DriveWidgets");
+        closeWidgets = Find<CloseWidgets>(module, "CloseWidgets");
     }
     ~Copy() {
         Unload();
@@ -46,7 +49,9 @@ public:
     Copy(const Copy&) = delete;
     Copy& operator=(const Copy&) = delete;
 
-    [[nodiscard]] bool IsComplete() const { return open && close && pump && provoke && read; }
+    [[nodiscard]] bool IsComplete() const {
+        return open && close && pump && provoke && read && openWidgets && driveWidgets && closeWidgets;
+    }
     [[nodiscard]] LibraryStatistics Statistics() const {
         LibraryStatistics statistics{};
         read(&statistics);
@@ -65,6 +70,9 @@ public:
     PumpTestMessages pump = nullptr;
     ProvokeException provoke = nullptr;
     ReadStatistics read = nullptr;
+    OpenWidgets openWidgets = nullptr;
+    DriveWidgets driveWidgets = nullptr;
+    CloseWidgets closeWidgets = nullptr;
 
 private:
     std::string path;
@@ -126,6 +134,46 @@ TEST(LoadedCopies, CanBeLoadedAndUnloadedManyTimes) {
         copy.pump();
         ASSERT_EQ(copy.close(window), 1);
     }
+}
+
+TEST(LoadedCopies, WidgetsOfTwoBearAStreamOfMessagesAndLeaveNothing) {
+    constexpr int kWidgets = 120; // five of each class
+    constexpr int kMessages = 1000;
+    constexpr int kTurns = 2;
+    Copy first("toolkit-copy-6.dll");
+    Copy second("toolkit-copy-7.dll");
+    ASSERT_TRUE(first.IsComplete());
+    ASSERT_TRUE(second.IsComplete());
+    Copy* const both[] = {&first, &second};
+    std::array<LibraryStatistics, 2> before{};
+    for (std::size_t i = 0; i < before.size(); ++i) { // what is made once, and kept
+        both[i]->openWidgets(1, kWidgets);
+        both[i]->driveWidgets(kMessages);
+        both[i]->closeWidgets();
+        before[i] = both[i]->Statistics();
+    }
+
+    const HWND mine = first.openWidgets(2, kWidgets);
+    const HWND other = second.openWidgets(3, kWidgets);
+    ASSERT_NE(mine, nullptr);
+    ASSERT_NE(other, nullptr);
+    for (int turn = 0; turn < kTurns; ++turn) {
+        EXPECT_GT(first.driveWidgets(kMessages), 0U);
+        EXPECT_GT(second.driveWidgets(kMessages), 0U);
+    }
+    first.closeWidgets();
+    EXPECT_FALSE(IsWindow(mine));
+    EXPECT_EQ(first.Statistics().heapBlocks, before[0].heapBlocks);
+    EXPECT_EQ(first.Statistics().heapIsSound, 1U);
+    first.Unload();
+    EXPECT_FALSE(first.IsLoaded());
+
+    EXPECT_TRUE(IsWindow(other));
+    EXPECT_GT(second.driveWidgets(kMessages), 0U) << "the second copy plays on";
+    second.closeWidgets();
+    EXPECT_FALSE(IsWindow(other));
+    EXPECT_EQ(second.Statistics().heapBlocks, before[1].heapBlocks);
+    EXPECT_EQ(second.Statistics().heapIsSound, 1U);
 }
 
 TEST(LoadedCopies, KeepExceptionsInside) {

@@ -1,8 +1,10 @@
 #include "tests/toolkit/library/ToolkitLibrary.h"
 
+#include "tests/controls/WidgetZoo.h"
 #include "toolkit/PrivateHeap.h"
 #include "toolkit/myComponents.h"
 
+#include <memory>
 #include <stdexcept>
 
 namespace {
@@ -12,6 +14,7 @@ using namespace orva::toolkit;
 constexpr UINT kThrow = 7;
 
 std::uint32_t painted = 0;
+std::unique_ptr<orva::test::WidgetZoo> zoo;
 
 class TestWindow : public TmyComponent {
 public:
@@ -61,6 +64,20 @@ void WINAPI PumpTestMessages() {
 
 LRESULT WINAPI ProvokeException(HWND window) {
     return SendMessageA(window, WM_USER + kThrow, 0, 0);
+}
+
+HWND WINAPI OpenWidgets(unsigned seed, int count) {
+    zoo = std::make_unique<orva::test::WidgetZoo>(seed, count);
+    return zoo->Window();
+}
+
+unsigned WINAPI DriveWidgets(int messages) {
+    zoo->Drive(messages);
+    return static_cast<unsigned>(zoo->EventCount());
+}
+
+void WINAPI CloseWidgets() {
+    zoo.reset();
 }
 
 void WINAPI ReadStatistics(orva::test::LibraryStatistics* statistics) {

@@ -24,6 +24,11 @@ using CloseTestWindow = int(WINAPI*)(HWND window);
 using PumpTestMessages = void(WINAPI*)();
 /// Throws inside a handler, caught at the window procedure; the answer of the window.
 using ProvokeException = LRESULT(WINAPI*)(HWND window);
+/// Opens a window with so many widgets of all classes, the only one of this copy; null if it failed.
+using OpenWidgets = HWND(WINAPI*)(unsigned seed, int count);
+/// Sends so many random messages to them; how many events they have fired so far.
+using DriveWidgets = unsigned(WINAPI*)(int messages);
+using CloseWidgets = void(WINAPI*)();
 using ReadStatistics = void(WINAPI*)(LibraryStatistics* statistics);
 
 } // namespace orva::test
