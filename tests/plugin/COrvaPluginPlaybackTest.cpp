@@ -6,10 +6,12 @@
 #include "tests/tools/ProgramRun.h"
 
 #include <algorithm>
+#include <atomic>
 #include <initializer_list>
 #include <map>
 #include <numeric>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace orva::plugin {
@@ -893,6 +895,20 @@ TEST_F(FileCommands, TheInstanceMayBeClosedFromInsideOne) {
     };
     EXPECT_TRUE(Send(ui::FileCommand::Play, path));
     EXPECT_TRUE(IsDestroyed());
+}
+
+TEST_F(FileCommands, AnotherThreadIsRefused) {
+    StartAtRate(48000);
+    const std::string path = folder.Write("x.if.wav", test::FileBytes({}, Ramp(20)));
+    std::atomic<int> answer{-1};
+    std::thread other([&] { answer = Send(ui::FileCommand::Play, path) ? 1 : 0; });
+    while (answer < 0) {
+        Pump();
+        std::this_thread::yield();
+    }
+    other.join();
+    EXPECT_EQ(answer, 0);
+    EXPECT_TRUE(IsIdle());
 }
 
 TEST_F(FileCommands, OtherNumbersAndEmptyDataAreRefused) {

@@ -77,6 +77,8 @@ TEST(HostScript, NamesTheTypesOfSquelch) {
     EXPECT_EQ(Parsed("squelch noise 40").data, (Data{0, 40, 0, 0, 0, 0, 0}));
     EXPECT_EQ(Parsed("squelch ctcss 67").param, 4U);
     EXPECT_EQ(Parsed("squelch ctcss 114.8").data, (Data{0, 0, 114800, 0, 0, 0, 0}));
+    EXPECT_EQ(Parsed("squelch ctcss 64.7").data[2], 64699U) << "as it is compared";
+    EXPECT_EQ(Parsed("squelch ctcss 79.7").data[2], 79700U);
     EXPECT_EQ(Parsed("squelch voice 50").param, 256U);
     EXPECT_EQ(Parsed("squelch voice 50").data, (Data{0, 0, 0, 0, 0, 50, 0}));
     EXPECT_EQ(Parsed("squelch dcs 023").param, 512U);

@@ -93,6 +93,13 @@ std::int32_t NeedDcsCode(const std::string& word) {
     return static_cast<std::int32_t>(code);
 }
 
+/// A tone as the plug-in compares it: in single precision, truncated, so that 64.7 Hz are 64699.
+std::int32_t NeedTone(const std::string& word) {
+    constexpr float kMilliHertz = 1000.0F;
+    return static_cast<std::int32_t>(static_cast<float>(NeedReal(word, "'ctcss' wants a tone in hertz")) *
+                                     kMilliHertz);
+}
+
 void SetCode(HostCommand& command, HostCode code, std::uint32_t param = 0) {
     command.code = static_cast<std::int32_t>(code);
     command.param = param;
@@ -108,7 +115,6 @@ void ReadMode(HostCommand& command, const std::string& name) {
 }
 
 void ReadSquelch(HostCommand& command, Words& words) {
-    constexpr double kMilliHertz = 1000;
     constexpr std::uint32_t kClosed = 0x80000001; // neither is a type
     constexpr std::uint32_t kOpen = 0x80000000;
     const std::uint32_t type = NeedChoice(words.Next(), {{"none", 0},
@@ -133,8 +139,7 @@ void ReadSquelch(HostCommand& command, Words& words) {
         values.noise = static_cast<std::int32_t>(NeedNumber(words.Next()));
         break;
     case plugin::squelch_type::kCtcss:
-        values.ctcss = static_cast<std::int32_t>(
-            std::lround(NeedReal(words.Next(), "'ctcss' wants a tone in hertz") * kMilliHertz));
+        values.ctcss = NeedTone(words.Next());
         break;
     case plugin::squelch_type::kVoice:
         values.voice = static_cast<std::int32_t>(NeedNumber(words.Next()));
