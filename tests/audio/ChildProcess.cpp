@@ -54,6 +54,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const std:
     std::vector<std::string> words = {program};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) {
         pointers.push_back(word.data());
     }

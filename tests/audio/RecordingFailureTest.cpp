@@ -35,6 +35,8 @@ using Samples = std::vector<std::int16_t>;
 
 constexpr std::uint32_t kBlock = 2400; ///< samples in a block of the receiver's stream
 constexpr std::uint32_t kHeaderBytes = 46;
+/// Blocks that may still be taken once the disk takes nothing.
+constexpr std::uint32_t kBlocksInBuffer = BufferedFile::kBufferBytes / (std::size_t{2} * kBlock);
 constexpr std::uint32_t kRate = 64000;
 constexpr const char* kPath = "call.if.wav";
 
@@ -115,12 +117,12 @@ TEST(RecordingLimit, IsTestedBeforeTheWrite) {
     for (const Case& one : {Case{1, 0}, Case{46, 0}, Case{47, 1}, Case{56, 1}, Case{57, 2}, Case{66, 2}}) {
         file.SetMaxFileSize(one.limit);
         ASSERT_TRUE(file.Create(kPath, kRate));
-        const Samples five = Spread(0, 10);
+        const Samples ten = Spread(0, 10);
         for (std::uint32_t i = 0; i < one.writes; ++i) {
-            EXPECT_TRUE(file.Write(five.data() + 5 * i, 5)) << "limit " << one.limit << ", write " << i;
+            EXPECT_TRUE(file.Write(&ten[5 * std::size_t{i}], 5)) << "limit " << one.limit << ", write " << i;
         }
-        EXPECT_FALSE(file.Write(five.data(), 5)) << "limit " << one.limit;
-        EXPECT_FALSE(file.Write(five.data(), 5)) << "nor again";
+        EXPECT_FALSE(file.Write(ten.data(), 5)) << "limit " << one.limit;
+        EXPECT_FALSE(file.Write(ten.data(), 5)) << "nor again";
         EXPECT_TRUE(file.IsOpen());
         EXPECT_EQ(file.GetFileSize(), 46 + 10 * one.writes);
         EXPECT_FALSE(file.Close());
@@ -228,7 +230,7 @@ TEST(RecordingFailure, StopsWhenTheDiskIsPulledOut) {
     const std::size_t taken = memory.files[kPath].size();
     EXPECT_GE(taken + BufferedFile::kBufferBytes, 46U + 20 * 2 * kBlock);
     memory.isGone = true;
-    EXPECT_LT(WriteBlocks(file, 20), BufferedFile::kBufferBytes / (2 * kBlock) + 1);
+    EXPECT_LE(WriteBlocks(file, 20), kBlocksInBuffer);
     EXPECT_FALSE(file.Close());
     EXPECT_FALSE(file.IsOpen());
     EXPECT_EQ(file.GetFileSize(), CtbWaveFile::kNoFileSize);
@@ -243,7 +245,7 @@ TEST(RecordingFailure, StopsWhenItsFolderIsTakenAwayAndLosesNothing) {
     ASSERT_EQ(WriteBlocks(file, 20), 20U);
     memory.isMoved = true;
     const std::uint32_t more = WriteBlocks(file, 20);
-    EXPECT_LE(more, BufferedFile::kBufferBytes / (2 * kBlock));
+    EXPECT_LE(more, kBlocksInBuffer);
     EXPECT_FALSE(file.Close());
     const std::uint32_t samples = NumberAt(Contents(memory), 42) / 2;
     EXPECT_GE(samples, (20 + more) * kBlock);
@@ -329,7 +331,7 @@ void RecordUntilKilled(const std::string& path) {
     CtbWaveFile file;
     ASSERT_TRUE(file.Create(path.c_str(), kRate));
     std::ofstream progress(path + ".progress", std::ios::binary); // others may read it meanwhile
-    constexpr std::uint32_t kMostBlocks = 20000; // should nobody kill it
+    constexpr std::uint32_t kMostBlocks = 20000;                  // should nobody kill it
     for (std::uint32_t block = 0; block < kMostBlocks; ++block) {
         ASSERT_TRUE(file.Write(Spread(block * kBlock, kBlock).data(), kBlock));
         ASSERT_TRUE(progress << '.' << std::flush);

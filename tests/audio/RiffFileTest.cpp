@@ -161,7 +161,7 @@ TEST_F(RiffFileTest, ComesToAnEndWhateverTheSizes) {
 }
 
 TEST_F(RiffFileTest, LooksAtSoManyChunksOnly) {
-    Bytes contents(8 * (RiffFile::kMostChunks - 1));
+    Bytes contents(std::size_t{8} * (RiffFile::kMostChunks - 1));
     const Bytes last = LittleEndianBytes().Text("one ").Number(0, 4).Bytes();
     contents.insert(contents.end(), last.begin(), last.end());
     Open(contents);
