@@ -104,6 +104,7 @@ IPluginInstance* EntryPoints::AddInstance(std::uint32_t hostHandle, ReceiverReco
         instance->Destroy();
         throw;
     }
+    calls.holdLibrary();
     return instance;
 }
 
@@ -134,6 +135,7 @@ void EntryPoints::Close(PluginHandleEntry& entry) {
     Guarded("Destroy", [&] { instance->Destroy(); });
     Guarded("Closing", [&] { SendClosing(window); });
     instances.RemoveAll(hostHandle);
+    calls.releaseLibrary();
     for (StartUnderWay* start = starts; start != nullptr; start = start->outer) {
         start->wasClosed = start->wasClosed || start->hostHandle == hostHandle;
     }

@@ -17,6 +17,9 @@ struct EntryCalls {
     void (*processPendingMessages)();
     /// Posts the message that brings on the deferred start.
     void (*postDeferredStart)(WindowHandle window);
+    /// Keep the library in the process, once for each running instance, and let it go again.
+    void (*holdLibrary)() = [] {};
+    void (*releaseLibrary)() = [] {};
 };
 
 /// The message that `postDeferredStart` posts, `WM_USER` and up.

@@ -1,5 +1,6 @@
 /// The four functions that a host finds in the library, bound to the instances of this process.
 #include "plugin/EntryPoints.h"
+#include "plugin/LibraryModule.h"
 
 #include <type_traits>
 #include <windows.h>
@@ -32,11 +33,22 @@ void PostDeferredStart(WindowHandle window) {
     PostMessageA(window, kDeferredStartMessage, 0, 0);
 }
 
-/// The instances of this process. Never destroyed: a host that unloads the library without closing its
-/// instances must find no half-destroyed list in the way.
+/// A host that frees the library with instances in it leaves them alive: their windows, and the receiver's
+/// thread, still need the code.
+void HoldLibrary() {
+    HMODULE module = nullptr;
+    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCSTR>(&HoldLibrary),
+                       &module);
+}
+
+void ReleaseLibrary() {
+    FreeLibrary(LibraryModule());
+}
+
+/// The instances of this process. It goes with the library, which stays as long as one is running.
 EntryPoints& ProcessEntryPoints() {
-    static auto& entryPoints =
-        *new EntryPoints({MakePluginInstance, ProcessPendingMessages, PostDeferredStart});
+    static EntryPoints entryPoints(
+        {MakePluginInstance, ProcessPendingMessages, PostDeferredStart, HoldLibrary, ReleaseLibrary});
     return entryPoints;
 }
 

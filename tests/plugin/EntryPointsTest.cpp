@@ -26,6 +26,7 @@ struct Stage {
     Steps steps;
     std::map<std::string, std::function<void()>> reactions; ///< run when the step of that name comes
     std::map<std::uint32_t, ReceiverRecord*> records;       ///< that instances were made with
+    int holds = 0;                                          ///< of the library
     int living = 0;                                         ///< instances whose memory is there
     bool makesNothing = false;
 
@@ -142,6 +143,7 @@ protected:
     EntryPointsTest() { stage = &theStage; }
     ~EntryPointsTest() override {
         EXPECT_EQ(theStage.living, 0) << "an instance was left behind";
+        EXPECT_EQ(theStage.holds, 0) << "the library can never be unloaded";
         stage = nullptr;
     }
 
@@ -154,7 +156,8 @@ protected:
                 [] { stage->Take("messages"); },
                 [](WindowHandle window) {
                     stage->Take("post to " + std::to_string(reinterpret_cast<std::uintptr_t>(window)));
-                }};
+                },
+                [] { ++stage->holds; }, [] { --stage->holds; }};
     }
 
     std::uint32_t Start(std::uint32_t handle) { return entryPoints.Start(handle, nullptr, AnswerHost); }

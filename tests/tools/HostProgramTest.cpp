@@ -1,6 +1,7 @@
 /// Whole runs of the bench host with a small plug-in that answers every code.
 #include "tests/audio/RiffBytes.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/WavFile.h"
 #include "tests/tools/ProgramRun.h"
 
 #include <cstdint>
@@ -240,6 +241,42 @@ TEST_F(HostProgramTest, WritesOverAFileWhenTold) {
     EXPECT_EQ(run.program.exitCode, 0) << run.program.errors;
     EXPECT_EQ(run.Find("answer", "Yes")["title"], "Overwrite existing file?");
     EXPECT_EQ(ReadWholeFile(file).substr(0, 4), "RIFF");
+}
+
+TEST_F(HostProgramTest, CountsWhatItHolds) {
+    const HostRun run = Run("", {"--cycles", "12"});
+    EXPECT_EQ(run.Count("event", "resources"), 3U) << "after 1, 10 and the last";
+    const Json last = run.Find("cycle", 12);
+    EXPECT_GT(last["handles"], 0);
+    EXPECT_GT(last["windows"], 0) << "its own";
+    EXPECT_GT(last["graphicsObjects"], 0);
+    EXPECT_GT(last["heapBlocks"], 0);
+    EXPECT_GT(last["memory"], 65536);
+}
+
+TEST_F(HostProgramTest, MayEndWithoutAClose) {
+    const HostRun run = Run("3584 5\n", {"--abandon"});
+    EXPECT_EQ(run.program.exitCode, 0);
+    EXPECT_EQ(run.lines.back()["event"], "abandoned");
+    EXPECT_EQ(run.Count("name", "Closing"), 0U);
+}
+
+TEST_F(HostProgramTest, APluginThatIsAbandonedWhileItDecodesEndsWithTheProcess) {
+    HostRun run;
+    folder.Write("noise.if.wav", WavBytes(std::vector<std::int16_t>(64000, 1000), 64000));
+    _putenv_s("ORVA_RECEIVER_RECORDING", folder.Path("noise.if.wav").c_str());
+    _putenv_s("ORVA_RECEIVER_END", "loop");
+    for (const char* instances : {"1", "3"}) {
+        run.program =
+            RunProgram(ORVA_HOST_PROGRAM, folder,
+                       {ORVA_PLUGIN, "--hidden", "--device", "K7USB", "--libraries", ORVA_RECEIVER_FOLDER,
+                        "--script", "", "--seconds", "0.3", "--abandon", "--instances", instances});
+        EXPECT_EQ(run.program.exitCode, 0);
+        EXPECT_NE(run.program.output.find("abandoned"), std::string::npos);
+        EXPECT_NE(run.program.output.find("MuteChanged"), std::string::npos) << "it had started";
+    }
+    _putenv_s("ORVA_RECEIVER_RECORDING", "");
+    _putenv_s("ORVA_RECEIVER_END", "");
 }
 
 TEST_F(HostProgramTest, FailsOnABadCommandAndAMissingPlugin) {

@@ -1,7 +1,10 @@
 #include "tools/orva-host/BenchHost.h"
 
+#include "tools/orva-host/ProcessResources.h"
+
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -97,12 +100,21 @@ BenchHost::~BenchHost() {
 }
 
 bool BenchHost::Run() {
+    // A host has it already: loaded and unloaded with every cycle, it would appear in the account of
+    // resources.
+    LoadLibraryA("winmm.dll");
     if (!options.libraries.empty()) {
         SetDllDirectoryA(options.libraries.c_str());
     }
     bool isGood = true;
-    for (std::uint32_t cycle = 0; cycle < options.cycles; ++cycle) {
+    std::uint32_t nextCount = 1;
+    for (std::uint32_t cycle = 1; cycle <= options.cycles; ++cycle) {
         isGood = RunCycle() && isGood;
+        if (cycle == nextCount || cycle == options.cycles) {
+            constexpr std::uint32_t kBetweenCounts = 10;
+            WriteResources(cycle);
+            nextCount *= kBetweenCounts;
+        }
     }
     return isGood && !hasFailed;
 }
@@ -121,11 +133,15 @@ bool BenchHost::RunCycle() {
         endsAt = Clock::now() + ToDuration(options.seconds);
     }
     RunMessages();
+    if (options.abandons) {
+        journal.WriteEvent("abandoned");
+        std::fflush(logFile.get());
+        std::exit(0); // with everything running
+    }
     CloseInstances();
     library->done();
     const bool isUnloaded = library->Unload();
     journal.WriteEvent(isUnloaded ? "unloaded" : "still loaded");
-    WriteResources();
     return isUnloaded && std::ranges::all_of(instances, &Instance::isClosed);
 }
 
@@ -380,12 +396,14 @@ void BenchHost::AnswerBox(HWND box, const std::string& title) {
     }
 }
 
-void BenchHost::WriteResources() {
-    DWORD handles = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &handles);
-    journal.WriteEvent("resources", {{"gdi", GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)},
-                                     {"user", GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS)},
-                                     {"handles", handles}});
+void BenchHost::WriteResources(std::uint32_t cycle) {
+    const ProcessResources held = ProcessResources::Count();
+    journal.WriteEvent("resources", {{"cycle", cycle},
+                                     {"handles", held.handles},
+                                     {"windows", held.windows},
+                                     {"graphicsObjects", held.graphicsObjects},
+                                     {"heapBlocks", held.heapBlocks},
+                                     {"memory", held.memory}});
 }
 
 std::uint32_t ORVA_HOST_CALL BenchHost::OnPluginCode(HWND sender, std::int32_t code, std::uint32_t param,

@@ -55,7 +55,7 @@ private:
     void SendFileCommand(const Instance& instance, const HostCommand& command);
     void DismissBoxes();
     void AnswerBox(HWND box, const std::string& title);
-    void WriteResources();
+    void WriteResources(std::uint32_t cycle);
     [[nodiscard]] bool IsOver();
     Instance* FindInstance(HWND window);
     std::uint32_t Answer(HWND window, std::int32_t code, std::uint32_t param, std::uint32_t size, void* data);

@@ -73,6 +73,7 @@ bool ReadHostOptions(int argumentCount, const char* const* arguments, HostOption
     app.add_flag("--overwrite", options.overwrites,
                  "answer Yes when the plug-in asks whether to write over a file; otherwise No");
     app.add_flag("--refuse", options.refusesAll, "answer 0x80000000 to everything");
+    app.add_flag("--abandon", options.abandons, "end the program without closing the instances");
     app.add_flag("--hidden", options.isHidden, "do not show the windows of the plug-in");
     app.footer(
         "A command is a line:  CODE [PARAM [DATA ...]]  |  wait SECONDS  |  close\n"

@@ -26,6 +26,7 @@ struct HostOptions {
     bool isHidden = false;       ///< the plug-ins' windows are not shown
     bool overwrites = false;     ///< files of recordings, when the plug-in asks
     bool refusesAll = false;     ///< every code is answered with 0x80000000
+    bool abandons = false;       ///< ends without closing or unloading anything
     std::map<std::uint32_t, std::uint32_t> answers; ///< to queries, by code
     /// Sent from inside the callback whenever the plug-in sends the code.
     std::map<std::int32_t, std::vector<HostCommand>> reactions;

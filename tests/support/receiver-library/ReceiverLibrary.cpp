@@ -139,8 +139,10 @@ private:
     std::map<std::uint32_t, std::unique_ptr<ReceiverStream>> streams;
 };
 
+/// Never destroyed: at the end of a process that has not stopped its streams their threads are gone, and with
+/// them perhaps a lock.
 Receivers& TheReceivers() {
-    static Receivers receivers;
+    static auto& receivers = *new Receivers;
     return receivers;
 }
 
