@@ -5,9 +5,13 @@
 #include "tests/support/AllocationProbe.h"
 #include "tests/support/DcsEncoder.h"
 #include "tests/support/ToneSource.h"
+#include "tests/support/Transmission.h"
+#include "tests/support/TrunkingMessage.h"
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
+#include <string>
 #include <vector>
 
 namespace orva::plugin {
@@ -323,6 +327,38 @@ TEST_P(PluginSquelch, ScannerCodesSetTheCount) {
     EXPECT_EQ(Inside().ScanSampleCount(), 0);
 }
 
+TEST_P(PluginSquelch, ARetuneDropsTheBandPlansOfTheLastChannel) {
+    StartAtRate();
+    constexpr std::uint32_t kNac = 0x293;
+    const test::TrunkingData plan =
+        test::IdentifierUpdate({.identifier = 1, .spacing = 50, .baseFrequency = 170202500});
+    const test::TrunkingData grant = test::GroupGrant({1, 8}, 1234, 56789, 0);
+    // The frequency of the last grant [Hz or tens of hertz]; 0 without a band plan.
+    const auto granted = [&](const std::vector<test::TrunkingData>& messages) {
+        test::Transmission transmission;
+        for (int i = 0; i < 3; ++i) {
+            transmission.AddTrunking(kNac, messages);
+        }
+        const std::string& dibits = transmission.Dibits();
+        Inside().FrameDecoder().Decode(dibits.data(), static_cast<std::int32_t>(dibits.size()));
+        std::uint32_t size = 0;
+        const auto report = Inside().FrameDecoder().TakeRecords(&size);
+        std::uint32_t frequency = 1;
+        EXPECT_GT(size, kTrunkingReportRecordSize);
+        if (report) {
+            constexpr std::size_t kFrequencyOffset = 8;
+            std::memcpy(&frequency, report.get() + size - kTrunkingReportRecordSize + kFrequencyOffset,
+                        sizeof frequency);
+        }
+        return frequency;
+    };
+    Notify(2048, 851012500);
+    EXPECT_EQ(granted({plan, grant}), 851062500U);
+    EXPECT_EQ(granted({grant}), 851062500U);
+    Notify(2048, 852000000);
+    EXPECT_EQ(granted({grant}), 0U);
+}
+
 TEST_P(PluginSquelch, AQueriedScannerAnswersFromTheNextCodeOn) {
     host.queries[3840] = 1;
     StartAtRate();
@@ -367,6 +403,7 @@ TEST_P(PluginSquelch, WarmDetectorsAllocateNothing) {
     library.keepsReads = false;
     waveOut.keepsPlayed = false;
     const Samples carrier = test::Carrier(Rate(), kLong);
+    Plugin().SetAFEnabled(1);
     for (const bool isScanning : {true, false}) {
         Notify(3840, isScanning ? 1 : 0);
         Notify(2304, 2);
