@@ -5,13 +5,19 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <fstream>
 #include <initializer_list>
 #include <numeric>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#ifdef __linux__
+#include <sys/stat.h>
+#endif
 
 namespace orva::audio {
 
@@ -388,6 +394,29 @@ TEST_F(WaveFileReaderTest, WritesNoFurtherThanItsCount) {
     EXPECT_EQ(reader.Read(samples.data(), 8), 3U);
     EXPECT_EQ(samples, (Samples{kFive[2], kFive[3], kFive[4], kGuard, kGuard, kGuard, kGuard, kGuard}));
 }
+
+#ifdef __linux__
+TEST_F(WaveFileReaderTest, ReadsAPipeAsItFills) {
+    const std::string path = folder.Path("pipe");
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    const Bytes file = RiffBytes()
+                           .Chunk("LIST", Bytes(20001, 0xBB))
+                           .Chunk("fmt ", FormatBytes(16))
+                           .Chunk("data", SampleBytes(Ramp(20000)))
+                           .Bytes();
+    std::jthread writer([&] {
+        std::ofstream pipe(path, std::ios::binary);
+        for (std::size_t done = 0; done < file.size(); done += 777) {
+            const std::size_t part = std::min<std::size_t>(777, file.size() - done);
+            pipe.write(reinterpret_cast<const char*>(file.data()) + done, static_cast<std::streamsize>(part));
+            pipe.flush();
+        }
+    });
+    ASSERT_EQ(reader.Open(path), WaveFault::None);
+    EXPECT_EQ(ReadAll(2400), Ramp(20000));
+    EXPECT_FALSE(reader.IsCutShort());
+}
+#endif
 
 TEST(WaveFaultDescription, DiffersForEachFault) {
     std::set<std::string> phrases;
