@@ -100,6 +100,20 @@ RECT Snapshot::BoxOfOther(const RECT& area, COLORREF background) const {
     return box.left < box.right ? box : RECT{};
 }
 
+unsigned EndOfGraphicsObjects() {
+    constexpr std::size_t kMoreThanAreFree = 4000;
+    std::vector<HRGN> probes(kMoreThanAreFree);
+    unsigned end = 0;
+    for (HRGN& probe : probes) {
+        probe = CreateRectRgn(0, 0, 1, 1);
+        end = std::max(end, unsigned{LOWORD(reinterpret_cast<std::uintptr_t>(probe))});
+    }
+    for (const HRGN probe : probes) {
+        DeleteObject(probe);
+    }
+    return end;
+}
+
 // --- the clock ---------------------------------------------------------------------------------------------
 
 FakeTimers::FakeTimers() : saved(TimerCalls()) {

@@ -85,6 +85,10 @@ private:
     std::uint32_t now = 0;
 };
 
+/// Where the table of graphics objects ends: the same before and after, if nothing was left behind. (Freed
+/// handles are given out first.)
+[[nodiscard]] unsigned EndOfGraphicsObjects();
+
 /// Counts an event of any kind, and keeps its last argument, if it has one.
 template <typename... Arguments>
 struct EventCount {
