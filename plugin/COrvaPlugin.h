@@ -417,6 +417,8 @@ private:
     int frames = 0;                 ///< calls into the instance on the stack
     bool closing = false;           ///< nothing is started any more
     bool destroyAfterwards = false; ///< the outermost frame deletes the instance
+    bool restartingOutput = false;  ///< messages run between two rates of the output
+    bool stopWanted = false;        ///< the file is to be stopped as soon as the output runs again
     bool walking = false;           ///< a block is under way; another one waits
     std::uint32_t waitingInputBlocks = 0;
     dsp::Fifo<std::int32_t> waitingWaveInBuffers;

@@ -64,6 +64,9 @@ void COrvaPlugin::SelectFile(const char* path) {
 
 void COrvaPlugin::StartRecording() {
     const Frame frame(*this);
+    if (restartingOutput) {
+        return; // a stop is still under way
+    }
     const auto choice = window ? window->GetRecordingChoice() : std::nullopt;
     if (!choice) {
         return;
@@ -144,7 +147,7 @@ bool COrvaPlugin::IsRecording(bool audio) const {
 
 void COrvaPlugin::StartPlayback() {
     const Frame frame(*this);
-    if (!waveFile.IsOpen() && !waveFile.Open(nullptr)) {
+    if (restartingOutput || (!waveFile.IsOpen() && !waveFile.Open(nullptr))) {
         return;
     }
     const bool isAudio = !waveFile.IsIF();
@@ -181,19 +184,26 @@ void COrvaPlugin::StartAudioPlayback() {
         window->SetAudioMode(true);
         SetSignalIndicator(SignalIndicator::None);
     }
+    if (stopWanted) {
+        StopFile();
+    }
 }
 
-/// Opens the output anew at another rate.
+/// Opens the output anew at another rate. The user's clicks are among the messages that run meanwhile: a
+/// start is refused, a stop waits.
 void COrvaPlugin::RestartWaveOut(std::uint32_t rate) {
+    stopWanted = false;
     if (!waveOut) {
         return;
     }
+    restartingOutput = true;
     waveOut->Stop();
     toolkit::TmyApplication::ProcessPendingMessages();
     waveOut->Close();
     toolkit::TmyApplication::ProcessPendingMessages();
     waveOut->SetSampleRate(rate);
     waveOut->Start();
+    restartingOutput = false;
 }
 
 /// Frames do not go on across a jump in the samples.
@@ -284,6 +294,10 @@ void COrvaPlugin::StepFile(std::int32_t direction) {
 
 void COrvaPlugin::StopFile() {
     const Frame frame(*this);
+    stopWanted = restartingOutput;
+    if (stopWanted) {
+        return;
+    }
     bool playsNext = false;
     if (fileState == FileState::Recording) {
         if (window) {

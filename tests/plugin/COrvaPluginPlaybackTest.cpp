@@ -627,6 +627,44 @@ TEST_F(PluginPlayback, TheOutputIsOpenedAnewInItsOrder) {
     EXPECT_TRUE(log.calls.empty());
 }
 
+TEST_F(PluginPlayback, AStopWhileTheOutputIsOpenedWaitsForIt) {
+    StartAtRate(48000);
+    const std::string path = folder.Write("x.wav", test::FileBytes(AtRate(8000), Ramp(9000)));
+    Plugin().SelectFile(path.c_str());
+    panel.Take();
+    spectrum.notch = [&](float*, std::uint32_t) { Plugin().StopFile(); };
+    waveIn.PostFilled(2 * kBlock); // comes when messages run
+    Plugin().StartPlayback();
+    EXPECT_TRUE(IsIdle());
+    EXPECT_EQ(panel.Take(), (Shown{"playing", "stopped"}));
+    EXPECT_EQ(StreamValues(), (Values{2048, 0}));
+    EXPECT_EQ(Inside().WaveOut()->GetSampleRate(), 16000U);
+    EXPECT_TRUE(audio::CtbWaveOutInspector{*Inside().WaveOut()}.Running());
+}
+
+TEST_F(PluginPlayback, NothingStartsBeforeAStopIsOver) {
+    StartAtRate(48000);
+    Play("x.wav", Ramp(9000), AtRate(8000));
+    panel.Take();
+    int walked = 0;
+    spectrum.notch = [&](float*, std::uint32_t) {
+        ++walked;
+        RecordAudio("new");
+        Plugin().StartPlayback();
+        Plugin().StopFile();
+    };
+    waveIn.PostFilled(2 * kBlock);
+    Plugin().StopFile();
+    EXPECT_EQ(walked, 1);
+    EXPECT_TRUE(IsIdle());
+    EXPECT_FALSE(Exists("new.wav"));
+    EXPECT_EQ(panel.Take(), Shown{"stopped"});
+    EXPECT_EQ(StreamValues(), (Values{2048, 0}));
+    spectrum.notch = nullptr;
+    RecordAudio("new");
+    EXPECT_TRUE(IsRecording());
+}
+
 TEST_F(PluginPlayback, TheIndicatorGoesOutForAudio) {
     StartAtRate(48000);
     Inside().SetSignalIndicator(SignalIndicator::Digital);
