@@ -105,9 +105,10 @@ protected:
     /// Takes over a window of the platform's making: its messages come here, and from here to its own
     /// procedure.
     void Subclass(HWND platformWindow);
-    /// Makes a window of a class of the platform, in place of the component's own and with its bounds, and takes
-    /// it over. State bits and font follow as at construction. Call it in the constructor.
-    void TakePlatformClass(const char* platformClass, const char* title, DWORD windowStyle, DWORD extendedStyle);
+    /// Makes a window of a class of the platform, in place of the component's own and with its bounds, and
+    /// takes it over. State bits and font follow as at construction. Call it in the constructor.
+    void TakePlatformClass(const char* platformClass, const char* title, DWORD windowStyle,
+                           DWORD extendedStyle);
 
     WNDPROC originalWndProc = DefWindowProcA;
     int modalResult = 0;

@@ -98,6 +98,24 @@ void TmyEdit::OnLeftButtonDown(WPARAM flags, int x, int y) {
     }
 }
 
+void TmyEdit::OnLeftButtonUp(WPARAM flags, int x, int y) {
+    if (IsEnabled()) {
+        TmyComponent::OnLeftButtonUp(flags, x, y);
+    }
+}
+
+void TmyEdit::OnMouseMove(WPARAM flags, int x, int y) {
+    if (IsEnabled()) {
+        TmyComponent::OnMouseMove(flags, x, y);
+    }
+}
+
+void TmyEdit::OnKeyUp(WPARAM key, LPARAM flags) {
+    if (IsEnabled()) {
+        TmyComponent::OnKeyUp(key, flags);
+    }
+}
+
 void TmyEdit::OnKeyDown(WPARAM& key, LPARAM flags) {
     if (IsEnabled()) {
         TmyComponent::OnKeyDown(key, flags);

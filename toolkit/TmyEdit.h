@@ -12,12 +12,12 @@ constexpr DWORD kEditStyle = WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_CLIPSIBLING
 
 /// One window of the platform's class "EDIT" with the toolkit's border and, at its right, room for a unit.
 ///
-/// | state    | look                                                                     |
-/// |----------|--------------------------------------------------------------------------|
+/// | state    | look                                                                      |
+/// |----------|---------------------------------------------------------------------------|
 /// | enabled  | text colour on the control background, a sunken frame of the border width |
 /// | disabled | the disabled text colour                                                  |
 /// | grey     | the faint frame, style 7                                                  |
-/// | focused  | the mark of the focus on the innermost ring of the frame, and the caret      |
+/// | focused  | the mark of the focus on the innermost ring of the frame, and the caret   |
 ///
 /// A single line stands in the middle of the height. Keys, caret, selection and the clipboard are the
 /// platform's. Return in a single line, and the loss of the focus, commit: `OnCommit`. Return ends there, so
@@ -61,7 +61,10 @@ public:
     void SetBorderWidth(std::uint32_t width) override;
     void Invalidate() override; ///< the frame too
     void OnLeftButtonDown(WPARAM flags, int x, int y) override;
+    void OnLeftButtonUp(WPARAM flags, int x, int y) override;
+    void OnMouseMove(WPARAM flags, int x, int y) override;
     void OnKeyDown(WPARAM& key, LPARAM flags) override;
+    void OnKeyUp(WPARAM key, LPARAM flags) override;
     void OnChar(WPARAM& code, LPARAM flags) override;
     void OnFocusChange(bool gained) override;
     LRESULT OnCommand(WPARAM code) override; ///< fires `onChange` for each change of the text, by whomever

@@ -15,12 +15,12 @@ class TmyIntEdit;
 /// from. It belongs to the entry, shares its style and font, and leaves it the focus: the entry passes on
 /// keys and wheel while the pop-up is open, and closes it when it loses the focus, is disabled or hidden.
 ///
-/// | input                         | effect                                                       |
-/// |-------------------------------|--------------------------------------------------------------|
-/// | pointer, Up, Down, Page Up, Page Down | mark a row                                           |
-/// | release of the left button on a row, Return | the entry takes the row's number; closes       |
-/// | drag of the handle at the right, wheel | scroll                                              |
-/// | Escape                        | closes                                                       |
+/// | input                                  | effect                                   |
+/// |----------------------------------------|------------------------------------------|
+/// | pointer, Up, Down, Page Up, Page Down  | mark a row                               |
+/// | release on a row, Return               | the entry takes the row's number; closes |
+/// | drag of the handle at the right, wheel | scroll                                   |
+/// | Escape                                 | closes                                   |
 ///
 /// `onChange` fires when a number has been chosen, after the entry's own events.
 class TmyFloatingSelection : public TmyComponent {

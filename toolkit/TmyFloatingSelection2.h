@@ -11,11 +11,11 @@ namespace orva::toolkit {
 /// without a carry to its neighbours. The entry takes the number when the digits have come to rest, and the
 /// digits then follow the entry, which may have limited it.
 ///
-/// | input                      | effect |
-/// |----------------------------|-----------------------------------------------------------------------------|
-/// | drag with the left button  | the column under the pointer follows it, and comes to rest at the next
-/// digit | | wheel, Up, Down            | the column that the pointer was over last goes on by a digit | |
-/// Return, Escape             | closes; what is still moving counts as if at rest |
+/// | input                     | effect                                                                   |
+/// |---------------------------|--------------------------------------------------------------------------|
+/// | drag with the left button | the column under the pointer follows it, then rests at the nearest digit |
+/// | wheel, Up, Down           | the column that the pointer was over last goes on by a digit             |
+/// | Return, Escape            | closes; what is still moving counts as if at rest                        |
 class TmyFloatingSelection2 : public TmyFloatingSelection {
 public:
     /// \param rows  that are shown of each column, the digit in the middle one; at least 1

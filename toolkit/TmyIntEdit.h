@@ -20,16 +20,18 @@ enum class UnitMode : std::uint32_t {
 /// Holds a number and shows it as text. The text on show becomes the number at Return, at the loss of the
 /// focus if it was edited, before each step of the wheel, and at a press of the linked `TmyUpDown`.
 ///
-/// | key                  | effect |
-/// |----------------------|-----------------------------------------------------------------------------------|
-/// | digit                | enters; a to f in either case too while hexadecimal | | letter, in unit mode |
-/// sets the unit, and enters nothing; the number stays what it is                    | | Return | takes the
-/// text as the number, and gives the focus to the parent                   | | Escape               | puts
-/// the text of the number back, and gives the focus to the parent               | | minus                |
-/// decimal only, with the caret at the beginning; a minus sign there must be selected | | other characters |
-/// dropped                                                                           | | control characters
-/// | the platform's: deletion, the clipboard                                           | | wheel | steps by
-/// `SetStep`, or by the size of the number with `SetWheelDigits`            |
+/// | key                  | effect                                                                        |
+/// |----------------------|-------------------------------------------------------------------------------|
+/// | digit                | enters; a to f in either case too while hexadecimal                           |
+/// | letter, in unit mode | sets the unit and enters nothing; the number stays what it is                 |
+/// | minus                | decimal only, with the caret at the beginning; a minus there must be selected |
+/// | Return               | takes the text as the number, and gives the focus to the parent               |
+/// | Escape               | puts the text of the number back, and gives the focus to the parent           |
+/// | other characters     | dropped                                                                       |
+/// | control characters   | the platform's: deletion, the clipboard                                       |
+/// | wheel                | steps by `SetStep`, or by the size of the number with `SetWheelDigits`        |
+///
+/// While a `TmyFloatingSelection` of the entry is open, that gets its keys and the wheel first.
 ///
 /// A fresh entry has no text, and a number that no one uses, 0x123456789: the first `SetValue` counts as a
 /// change, and a range set before brings the number into it. Owners set range and value before they bind

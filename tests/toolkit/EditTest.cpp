@@ -391,16 +391,20 @@ TEST_F(EditTest, TakesNothingWhileDisabled) {
     EventCount<WPARAM&, LPARAM> keys;
     EventCount<> committed;
     EventCount<MouseButton, WPARAM, int, int> pressed;
+    EventCount<WPARAM, int, int> moved;
     keys.Watch(edit.onKey);
     keys.Watch(edit.onKeyDown);
     committed.Watch(edit.onCommit);
     pressed.Watch(edit.onMouseDown);
+    pressed.Watch(edit.onMouseUp);
+    moved.Watch(edit.onMouseMove);
     edit.SetEnabled(false);
     Type(edit, "x\r");
-    Send(edit, WM_KEYDOWN, VK_DELETE);
-    Send(edit, WM_LBUTTONDOWN, MK_LBUTTON, Point(5, 5));
+    Key(edit, VK_DELETE);
+    ClickAt(edit, 5, 5);
+    Send(edit, WM_MOUSEMOVE, 0, Point(6, 6));
     EXPECT_EQ(Text(edit), "text");
-    EXPECT_EQ(keys.Take() + committed.Take() + pressed.Take(), 0);
+    EXPECT_EQ(keys.Take() + committed.Take() + pressed.Take() + moved.Take(), 0);
     edit.SetEnabled(true);
     top.SetEnabled(false); // by an ancestor
     Type(edit, "x");
