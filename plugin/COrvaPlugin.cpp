@@ -1,6 +1,7 @@
 #include "plugin/COrvaPlugin.h"
 
 #include "toolkit/TmyApplication.h"
+#include "toolkit/TmyMsgBox.h"
 #include "toolkit/Trace.h"
 #include "ui/COrvaPluginWindow.h"
 
@@ -239,7 +240,18 @@ void COrvaPlugin::SaveSettings() {
 // --- error boxes -------------------------------------------------------------------------------------------
 
 void COrvaPlugin::ShowError(const char* text) {
-    platform.showError(GetWindowHandle(), text, kErrorTitle);
+    toolkit::TmyMsgBox* box = window ? window->ErrorBox() : nullptr;
+    if (box != nullptr) {
+        platform.ask(*box, text, kErrorTitle);
+    }
+}
+
+/// One that is still open when the host closes the instance is out of date.
+void COrvaPlugin::DismissErrorBox() {
+    toolkit::TmyMsgBox* box = window ? window->ErrorBox() : nullptr;
+    if (box != nullptr && box->IsInModal()) {
+        box->EndModal(1);
+    }
 }
 
 void COrvaPlugin::OpenWaveInOrTell() {

@@ -220,6 +220,7 @@ private:
     void SetDecimatorRatio(std::uint32_t rate);
     void OpenWaveInOrTell();
     void ShowError(const char* text);
+    void DismissErrorBox();
 
     // Events of the window; the sender is of no interest.
     void OnInputBlockEvent(toolkit::TmyControl* sender);

@@ -64,6 +64,7 @@ bool COrvaPlugin::BeginClosing() {
     const bool first = !closing;
     closing = true;
     DismissOverwriteBox();
+    DismissErrorBox();
     return first;
 }
 

@@ -6,11 +6,7 @@ namespace orva::plugin {
 
 namespace {
 
-void ShowErrorBox(HWND owner, const char* text, const char* title) {
-    MessageBoxA(owner, text, title, MB_OK | MB_ICONERROR);
-}
-
-int ShowQuestionBox(toolkit::TmyMsgBox& box, const char* text, const char* title) {
+int ShowBox(toolkit::TmyMsgBox& box, const char* text, const char* title) {
     return box.ShowMessage(text, title);
 }
 
@@ -22,8 +18,7 @@ const PluginPlatform& RealPlatform() {
                                          &audio::SystemDeviceSetup(),
                                          &audio::SystemFiles(),
                                          LibraryPlatform{},
-                                         ShowErrorBox,
-                                         ShowQuestionBox,
+                                         ShowBox,
                                          nullptr};
     return platform;
 }

@@ -23,8 +23,6 @@ struct PluginPlatform {
     const audio::DeviceSetupPlatform* deviceSetup;
     const audio::FilePlatform* files; ///< of recordings
     LibraryPlatform library;
-    /// Shows a message to the user, modal to `owner`.
-    void (*showError)(HWND owner, const char* text, const char* title);
     /// Shows a box until the user answers. Returns the index of the button, or a number below 0.
     int (*ask)(toolkit::TmyMsgBox& box, const char* text, const char* title);
     /// Null: every instance begins with what its constructor gives it.

@@ -147,6 +147,15 @@ void TmyMsgBox::OnButtonFocus(TmyControl* sender, bool gained) {
     }
 }
 
+/// A close that comes after the answer must not take the window away from its owner.
+LRESULT TmyMsgBox::WndProc(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_CLOSE && !IsInModal()) {
+        SetVisible(false);
+        return 0;
+    }
+    return TmyComponent::WndProc(message, wParam, lParam);
+}
+
 void TmyMsgBox::OnKeyPreview(WPARAM& key, LPARAM flags, TmyControl* sender) {
     const LifeGuard life(this);
     TmyComponent::OnKeyPreview(key, flags, sender);

@@ -60,6 +60,7 @@ public:
     /// What `ShowMessage` does before it shows the box; the same arguments.
     void SetMessage(const char* text, const char* title, int count = 0);
 
+    LRESULT WndProc(UINT message, WPARAM wParam, LPARAM lParam) override;
     void OnKeyPreview(WPARAM& key, LPARAM flags, TmyControl* sender) override;
     void SetStyleValue(StyleValue index, std::uint32_t value, bool unshare = false) override;
 

@@ -1,5 +1,7 @@
 #include "ui/COrvaPluginWindow.h"
 
+#include "toolkit/TmyMsgBox.h"
+
 #include <mmsystem.h>
 #include <string>
 
@@ -45,10 +47,25 @@ const char* NameOfTransmission(std::uint32_t transmission) {
 
 } // namespace
 
-COrvaPluginWindow::COrvaPluginWindow() : TmyComponent(nullptr, "ORVA", kStyle, 0, kPlacement) {
+COrvaPluginWindow::COrvaPluginWindow()
+    : TmyComponent(nullptr, "ORVA", kStyle, 0, kPlacement), errorBox(new toolkit::TmyMsgBox(this, 1)) {
     SetTextColor(kTextColor);
     SetWindowColor(kBackground);
     SetDoubleBuffered(true);
+    errorBox->SetButtonText(0, "OK");
+    errorBox->SetKey(VK_RETURN, 0);
+    errorBox->SetKey(VK_ESCAPE, 0);
+    errorBox->onDestroy.Bind<&COrvaPluginWindow::OnErrorBoxDestroyed>(this);
+}
+
+COrvaPluginWindow::~COrvaPluginWindow() {
+    if (errorBox != nullptr) {
+        errorBox->onDestroy.Clear();
+    }
+}
+
+void COrvaPluginWindow::OnErrorBoxDestroyed(toolkit::TmyControl* /*sender*/) {
+    errorBox = nullptr;
 }
 
 LRESULT COrvaPluginWindow::WndProc(UINT message, WPARAM wParam, LPARAM lParam) {

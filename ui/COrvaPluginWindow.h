@@ -12,6 +12,10 @@
 #include <cstdint>
 #include <optional>
 
+namespace orva::toolkit {
+class TmyMsgBox;
+}
+
 namespace orva::ui {
 
 /// The window whose handle the host holds. It keeps display state only: what the user does goes to the
@@ -27,6 +31,7 @@ namespace orva::ui {
 class COrvaPluginWindow : public toolkit::TmyComponent {
 public:
     COrvaPluginWindow();
+    ~COrvaPluginWindow() override;
 
     LRESULT WndProc(UINT message, WPARAM wParam, LPARAM lParam) override;
     void OnTimer(UINT_PTR id) override;
@@ -87,6 +92,9 @@ public:
 
     [[nodiscard]] const CallReadout& Readout() const { return readout; }
 
+    /// For errors that the user must know of: one button, "OK". Null if its window went away by itself.
+    [[nodiscard]] toolkit::TmyMsgBox* ErrorBox() const { return errorBox; }
+
     toolkit::TmyEvent<> onInputBlock;
     toolkit::TmyEvent<> onRetryTimer;
     toolkit::TmyEvent<std::int32_t> onDemodulationMode;
@@ -104,9 +112,11 @@ private:
     friend struct COrvaPluginWindowInspector;
 
     void Refresh();
+    void OnErrorBoxDestroyed(toolkit::TmyControl* sender);
     bool PerformFileCommand(const COPYDATASTRUCT& data);
 
     IPluginWindowOwner* owner = nullptr;
+    toolkit::TmyMsgBox* errorBox;         ///< a child
     ISpectrumView* spectrum = nullptr;    ///< a child; null while there is none
     ISetupView* setupDialog = nullptr;    ///< the same
     IPlayRecView* playRecPanel = nullptr; ///< the same

@@ -504,6 +504,48 @@ TEST_F(PluginSession, ACloseWhileTheBoxIsUpEndsTheInstanceAfterwards) {
     onError = nullptr;
 }
 
+namespace {
+
+std::function<void(HWND box)> onErrorBox;
+
+void CALLBACK FindErrorBox(HWND /*window*/, UINT /*message*/, UINT_PTR timer, DWORD /*time*/) {
+    const HWND box = FindWindowA(nullptr, "ORVA Error");
+    if (box != nullptr && IsWindowVisible(box) != FALSE) {
+        KillTimer(nullptr, timer);
+        onErrorBox(box);
+    }
+}
+
+} // namespace
+
+TEST_F(PluginSession, TheRealErrorBoxIsAnsweredByTheUserEachTime) {
+    platform.ask = RealPlatform().ask;
+    waveIn.deviceNames = {"First", "Second"};
+    StartWithWaveInput();
+    waveIn.openResult = MMSYSERR_ALLOCATED;
+    int shown = 0;
+    onErrorBox = [&](HWND box) {
+        ++shown;
+        PostMessageA(box, WM_KEYDOWN, VK_RETURN, 1);
+    };
+    for (const std::uint32_t device : {1U, 0U}) {
+        SetTimer(nullptr, 0, 10, &FindErrorBox);
+        Plugin().SetWaveInDevice(device);
+    }
+    EXPECT_EQ(shown, 2);
+    EXPECT_TRUE(IsWindowEnabled(window));
+}
+
+TEST_F(PluginSession, TheRealErrorBoxGoesWhenTheHostClosesTheInstance) {
+    platform.ask = RealPlatform().ask;
+    waveIn.openResult = MMSYSERR_ALLOCATED;
+    Start(record.Record());
+    onErrorBox = [this](HWND /*box*/) { Close(); };
+    SetTimer(nullptr, 0, 10, &FindErrorBox);
+    Pump();
+    EXPECT_TRUE(IsDestroyed());
+}
+
 TEST_F(PluginSession, RunsWithoutACallback) {
     record.SetText(44, "OTHER", 32);
     entries.Start(kHandle, record.Record(), nullptr);

@@ -19,7 +19,6 @@ PluginFixture::PluginFixture()
                &card.Platform(),
                &audio::SystemFiles(),
                FakeReceiverLibrary::Platform(),
-               &PluginFixture::ShowError,
                &PluginFixture::Ask},
       entries({&PluginFixture::MakeInstance, &PluginFixture::Pump, &PluginFixture::PostDeferredStart}) {
     fixture = this;
@@ -45,16 +44,22 @@ void PluginFixture::PostDeferredStart(plugin::WindowHandle target) {
     PostMessageA(target, plugin::kDeferredStartMessage, 0, 0);
 }
 
-void PluginFixture::ShowError(HWND owner, const char* text, const char* title) {
-    EXPECT_EQ(owner, fixture->window);
+int PluginFixture::TellError(toolkit::TmyMsgBox& box, const char* text, const char* title) {
+    EXPECT_STREQ(title, "ORVA Error");
+    EXPECT_STREQ(box.Button(0)->GetText().Text(), "OK");
+    EXPECT_EQ(box.GetKey(VK_RETURN), 0) << "the default";
     fixture->errors.push_back(std::string(title) + ": " + text);
     if (fixture->onError) {
         fixture->onError();
     }
+    return 0;
 }
 
 int PluginFixture::Ask(toolkit::TmyMsgBox& box, const char* text, const char* title) {
     EXPECT_EQ(box.GetParent()->Window(), fixture->window);
+    if (box.GetButtonCount() == 1) {
+        return TellError(box, text, title);
+    }
     EXPECT_EQ(box.GetButtonCount(), 2);
     EXPECT_STREQ(box.Button(0)->GetText().Text(), "Yes");
     EXPECT_STREQ(box.Button(1)->GetText().Text(), "No");

@@ -77,7 +77,7 @@ protected:
 private:
     static plugin::IPluginInstance* MakeInstance(std::uint32_t hostHandle, plugin::ReceiverRecord* given);
     static void PostDeferredStart(plugin::WindowHandle target);
-    static void ShowError(HWND owner, const char* text, const char* title);
+    static int TellError(toolkit::TmyMsgBox& box, const char* text, const char* title);
     static int Ask(toolkit::TmyMsgBox& box, const char* text, const char* title);
 };
 

@@ -133,6 +133,20 @@ TEST_F(MsgBox, CloseAndQuitHaveResultsOfTheirOwn) {
     EXPECT_EQ(message.wParam, 7u);
 }
 
+TEST_F(MsgBox, CloseThatComesAfterTheAnswerOnlyHides) {
+    EXPECT_EQ(Show([&] {
+                  ClickButton(1);
+                  Close();
+              }),
+              1);
+    Pump();
+    EXPECT_TRUE(IsWindow(box->Window()));
+    box->SetVisible(true);
+    Send(*box, WM_CLOSE);
+    EXPECT_FALSE(IsWindowVisible(box->Window()));
+    EXPECT_EQ(Show([&] { ClickButton(0); }), 0);
+}
+
 TEST_F(MsgBox, EndsWhenTheApplicationQuits) {
     EXPECT_EQ(Show([&] { Application().quitting = true; }), TmyMsgBox::kQuit);
     Application().quitting = false;

@@ -353,8 +353,8 @@ BenchHost::Instance* BenchHost::FindInstance(HWND sender) {
 }
 
 void BenchHost::DismissBoxes() {
-    // A later box may come by the handle of one that is gone.
-    std::erase_if(dismissed, [](HWND box) { return IsWindow(box) == FALSE; });
+    // A box may be shown again, and a later one may come by the handle of one that is gone.
+    std::erase_if(dismissed, [](HWND box) { return IsWindowVisible(box) == FALSE; });
     EnumWindows(DismissBox, reinterpret_cast<LPARAM>(this));
 }
 
