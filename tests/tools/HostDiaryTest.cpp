@@ -35,6 +35,7 @@ TEST(HostDiary, CountsWhatThePluginSent) {
     ASSERT_EQ(diary.Codes().size(), 2U);
     EXPECT_EQ(diary.Codes().at(2304).count, 2U);
     EXPECT_EQ(diary.Codes().at(2304).name, "Mode");
+    EXPECT_EQ(diary.FromPlugin().size(), 3U);
     EXPECT_EQ(diary.FromPlugin(2304).size(), 2U);
     EXPECT_EQ(diary.FromPlugin(4352)[0]["name"], "VolumeChanged");
     EXPECT_TRUE(diary.FromPlugin(3584).empty()) << "that was the host";

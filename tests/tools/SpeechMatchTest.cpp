@@ -111,7 +111,7 @@ TEST_F(SpeechMatchTest, LosesOnlyThePieceInWhichTheDeviceRanDry) {
     const std::size_t inside = 5 * kBlock + 50;
     const Samples recording = Part(speech, 0, inside) + Silence(160) + Part(speech, inside, speech.size());
     const SpeechMatch match(Exact(speech), recording);
-    EXPECT_EQ(match.FoundAudibleSamples(), speech.size() - 128);
+    EXPECT_EQ(match.FoundAudibleSamples(), speech.size() - 64);
     EXPECT_EQ(match.Breaks(), 1U);
     EXPECT_GT(match.Correlation(), 0.99);
 }

@@ -31,11 +31,16 @@ HostDiary::HostDiary(std::istream& journal) {
     }
 }
 
-std::vector<json> HostDiary::FromPlugin(std::int32_t code) const {
+std::vector<json> HostDiary::FromPlugin() const {
     std::vector<json> found;
-    std::ranges::copy_if(lines, std::back_inserter(found), [code](const json& line) {
-        return line.value("from", "") == "plugin" && line.value("code", std::int32_t{0}) == code;
-    });
+    std::ranges::copy_if(lines, std::back_inserter(found),
+                         [](const json& line) { return line.value("from", "") == "plugin"; });
+    return found;
+}
+
+std::vector<json> HostDiary::FromPlugin(std::int32_t code) const {
+    std::vector<json> found = FromPlugin();
+    std::erase_if(found, [code](const json& line) { return line.value("code", std::int32_t{0}) != code; });
     return found;
 }
 

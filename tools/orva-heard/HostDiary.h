@@ -36,7 +36,8 @@ public:
     /// What the plug-in sent, by code.
     [[nodiscard]] const std::map<std::int32_t, CodeCount>& Codes() const { return codes; }
 
-    /// All lines with this code from the plug-in.
+    /// All lines from the plug-in; those with one code.
+    [[nodiscard]] std::vector<nlohmann::json> FromPlugin() const;
     [[nodiscard]] std::vector<nlohmann::json> FromPlugin(std::int32_t code) const;
 
     /// All records of all trunking reports, in order.

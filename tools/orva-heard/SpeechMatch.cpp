@@ -10,8 +10,8 @@ namespace orva::tools {
 
 namespace {
 
-/// 8 ms at 16000 Hz: one in which the device ran dry is lost, and costs little.
-constexpr std::size_t kPieceSamples = 128;
+/// 4 ms at 16000 Hz: one in which the device ran dry is lost, and costs little.
+constexpr std::size_t kPieceSamples = 64;
 
 /// What is searched for, 32 ms: half a voice block, and long enough to be like no other stretch of speech.
 constexpr std::size_t kSearchedSamples = 512;

@@ -77,6 +77,9 @@ ReceiverSettings::Read(const std::function<std::optional<std::string>(const std:
     if (const auto text = value("speed")) {
         settings.speed = ToNumber("speed", *text);
     }
+    if (const auto text = value("patience")) {
+        settings.patience = ToNumber("patience", *text);
+    }
     if (const auto text = value("failing_starts")) {
         settings.failingStarts = static_cast<std::uint32_t>(ToNumber("failing_starts", *text));
     }

@@ -19,9 +19,10 @@ enum class ReceiverEnd {
 /// Settings come from the file `TRK718API.ini` beside the library, one `name = value` a line, and from the
 /// environment, which comes first: `ORVA_RECEIVER_` and the name in capitals.
 struct ReceiverSettings {
-    std::string recording;           ///< `recording`: WAV file of the intermediate frequency, 64000 Hz
-    double speed = 1;                ///< `speed`: times real time; 0 is as fast as the samples are processed
-    std::uint32_t failingStarts = 0; ///< `failing_starts`: so many calls of CodecStart fail first
+    std::string recording; ///< `recording`: WAV file of the intermediate frequency, 64000 Hz
+    double speed = 1;      ///< `speed`: times real time; 0 is as fast as the samples are processed
+    double patience = 0.1; ///< `patience`: at speed 0, samples not processed within so long never will be [s]
+    std::uint32_t failingStarts = 0;     ///< `failing_starts`: so many calls of CodecStart fail first
     ReceiverEnd end = ReceiverEnd::Stop; ///< `end`: stop, silence or loop
     bool isInverted = false;             ///< `inverted`: 1 mirrors the stream; K7InvertSpectrum undoes it
     std::string memory;                  ///< `memory`: file of 256 bytes for K7GetEEP, which fails without

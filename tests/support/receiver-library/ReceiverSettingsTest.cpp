@@ -27,6 +27,7 @@ TEST(ReceiverSettings, PlaysNothingInRealTimeByDefault) {
     const ReceiverSettings settings = Read({});
     EXPECT_EQ(settings.recording, "");
     EXPECT_DOUBLE_EQ(settings.speed, 1);
+    EXPECT_DOUBLE_EQ(settings.patience, 0.1);
     EXPECT_EQ(settings.failingStarts, 0U);
     EXPECT_EQ(settings.end, ReceiverEnd::Stop);
     EXPECT_FALSE(settings.isInverted);
@@ -35,10 +36,12 @@ TEST(ReceiverSettings, PlaysNothingInRealTimeByDefault) {
 }
 
 TEST(ReceiverSettings, ReadsTheFile) {
-    const ReceiverSettings settings = Read({}, "recording = a b.wav \r\nspeed=0\nfailing_starts=3\nend=loop\n"
-                                               "inverted=1\nmemory=m.bin\nlog=l.txt\nother=1\nnothing\n");
+    const ReceiverSettings settings =
+        Read({}, "recording = a b.wav \r\nspeed=0\nfailing_starts=3\nend=loop\n"
+                 "patience=5\ninverted=1\nmemory=m.bin\nlog=l.txt\nother=1\nnothing\n");
     EXPECT_EQ(settings.recording, "a b.wav");
     EXPECT_DOUBLE_EQ(settings.speed, 0);
+    EXPECT_DOUBLE_EQ(settings.patience, 5);
     EXPECT_EQ(settings.failingStarts, 3U);
     EXPECT_EQ(settings.end, ReceiverEnd::Loop);
     EXPECT_TRUE(settings.isInverted);
@@ -58,8 +61,8 @@ TEST(ReceiverSettings, LetsTheEnvironmentComeFirst) {
 }
 
 TEST(ReceiverSettings, RefusesWhatMakesNoSense) {
-    for (const char* line :
-         {"speed=fast", "speed=-1", "speed=", "speed=inf", "failing_starts=x", "end=never", "inverted=yes"}) {
+    for (const char* line : {"speed=fast", "speed=-1", "speed=", "speed=inf", "failing_starts=x",
+                             "patience=x", "end=never", "inverted=yes"}) {
         EXPECT_THROW(Read({}, line), std::invalid_argument) << line;
     }
 }

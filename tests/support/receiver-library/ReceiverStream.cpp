@@ -142,7 +142,7 @@ bool ReceiverStream::WaitForProcessing(std::unique_lock<std::mutex>& guard) {
         const std::uint64_t settled = processedSamples + forgivenSamples;
         return isStopping || deliveredBytes / sizeof(std::int16_t) <= settled + kMostUnprocessed;
     };
-    if (!changed.wait_for(guard, patience, mayGoOn)) {
+    if (!changed.wait_for(guard, std::chrono::duration<double>(settings.patience), mayGoOn)) {
         forgivenSamples = deliveredBytes / sizeof(std::int16_t) - processedSamples;
     }
     return !isStopping;

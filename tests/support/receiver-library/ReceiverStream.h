@@ -24,10 +24,7 @@ public:
     /// Samples that reach the reader between two callbacks, 10 ms.
     static constexpr std::size_t kChunk = kReceiverRate / 100;
 
-    /// \param longestWait  at speed 0, samples that have not been processed by then were dropped on the way
-    explicit ReceiverStream(const ReceiverSettings& receiverSettings,
-                            std::chrono::milliseconds longestWait = std::chrono::milliseconds(100))
-        : settings(receiverSettings), patience(longestWait) {}
+    explicit ReceiverStream(const ReceiverSettings& receiverSettings) : settings(receiverSettings) {}
     ~ReceiverStream() { Stop(); }
     ReceiverStream(const ReceiverStream&) = delete;
     ReceiverStream& operator=(const ReceiverStream&) = delete;
@@ -61,7 +58,6 @@ private:
     void Offer();
 
     ReceiverSettings settings;
-    std::chrono::milliseconds patience;
     std::function<void()> callback;
     audio::WaveFileReader reader;
     std::thread thread;

@@ -101,7 +101,8 @@ TEST_F(ReceiverStreamTest, WaitsForProcessingAtSpeedZero) {
     const Samples sent = Ramp(96000);
     Record(sent);
     settings.speed = 0;
-    ReceiverStream stream(settings, std::chrono::minutes(1));
+    settings.patience = 60;
+    ReceiverStream stream(settings);
     ASSERT_TRUE(StartReading(stream));
     // All is processed as it comes, as by a plug-in's window thread.
     std::size_t processed = 0;
