@@ -13,6 +13,7 @@ void FillArrows(Family& family);
 void FillSliders(Family& family);
 void FillLists(Family& family);
 void FillComboBoxes(Family& family);
+void FillMsgBoxes(Family& family);
 void FillEntries(Family& family);
 void FillSpins(Family& family);
 void FillFloatingSelections(Family& family);

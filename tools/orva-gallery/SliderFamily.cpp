@@ -1,3 +1,4 @@
+#include "controls/CtbSliderBar.h"
 #include "toolkit/TmySlider.h"
 #include "toolkit/Tmy_ScrollBar.h"
 #include "tools/orva-gallery/Families.h"
@@ -6,6 +7,7 @@ namespace orva::gallery {
 
 namespace {
 
+using controls::CtbSliderBar;
 using toolkit::ScrollDirection;
 using toolkit::SliderDirection;
 using toolkit::Tmy_ScrollBar;
@@ -51,6 +53,26 @@ void FillScrollBars(Family& family) {
     AddBar(family, ScrollDirection::Vertical, "Empty")->SetRange(0, 0);
 }
 
+CtbSliderBar* AddSliderBar(Family& family, int width, int height, const char* caption) {
+    constexpr COLORREF kThumb = 0x00FF00;
+    constexpr COLORREF kTrack = 0x006400;
+    auto* bar = new CtbSliderBar(&family, family.Cell(width, height, caption));
+    bar->SetColors(kThumb, kTrack);
+    bar->SetPosition(40);
+    return bar;
+}
+
+void FillSliderBars(Family& family) {
+    constexpr int kWidth = 50;
+    constexpr int kHeight = 6;
+    AddSliderBar(family, kHeight, kTall, "Upright")->SetVertical(true);
+    AddSliderBar(family, kWidth, kHeight, "Level");
+    auto* reversed = AddSliderBar(family, kWidth, kHeight, "Reversed");
+    reversed->SetMinimum(100);
+    reversed->SetMaximum(0);
+    AddSliderBar(family, kWidth, kHeight, "Disabled")->SetEnabled(false);
+}
+
 } // namespace
 
 void FillSliders(Family& family) {
@@ -67,6 +89,7 @@ void FillSliders(Family& family) {
     AddTallSlider(family, "Disabled")->SetEnabled(false);
     AddTallSlider(family, "With value")->SetValueShown(true);
     FillScrollBars(family);
+    FillSliderBars(family);
 }
 
 } // namespace orva::gallery

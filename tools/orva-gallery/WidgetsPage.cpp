@@ -21,12 +21,13 @@ constexpr Entry kFamilies[] = {
     {"Tmy_Btn, Tmy_Btn2", FillLightButtons},
     {"TmyLabel, Tmy_Label", FillLabels},
     {"Arrows", FillArrows},
-    {"TmySlider, Tmy_ScrollBar", FillSliders},
+    {"TmySlider, Tmy_ScrollBar, CtbSliderBar", FillSliders},
     {"TmyListBox", FillLists},
     {"TmyComboBox", FillComboBoxes},
     {"TmyEdit, TmyIntEdit, TmyFloatEdit", FillEntries},
     {"TmyUpDown, CtbNumParamControl", FillSpins},
     {"TmyFloatingSelection, TmyFloatingSelection2", FillFloatingSelections},
+    {"TmyMsgBox", FillMsgBoxes},
 };
 
 constexpr std::size_t kColumns = 2;
