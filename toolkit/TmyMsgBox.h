@@ -15,12 +15,13 @@ class TmyPanel;
 
 /// Keeps its owner from input until it is answered.
 ///
-/// | input                      | effect |
-/// |----------------------------|----------------------------------------------------------------------------|
-/// | a click on a button        | answers with it | | a key of the key table     | the same, whoever has the
-/// focus; a key held down since before does not     | | Tab                        | moves the focus from
-/// button to button                                      | | Space, Return on a button  | answers with it |
-/// | the window's close         | ends without an answer |
+/// | input                     | effect                                                             |
+/// |---------------------------|--------------------------------------------------------------------|
+/// | a click on a button       | answers with it                                                    |
+/// | a key of the key table    | the same, whoever has the focus; not one held down since before    |
+/// | Tab                       | moves the focus from button to button                              |
+/// | Space, Return on a button | answers with it                                                    |
+/// | the window's close        | ends without an answer                                             |
 ///
 /// The key table's entry for Return is the default button. It has the focus when the box opens, and takes
 /// over from it while it moves, so that Return always answers with the button that is marked.
