@@ -111,6 +111,7 @@ struct COrvaPluginInspector {
                              static_cast<std::uint32_t>(samples.size()));
     }
     [[nodiscard]] bool IsFileSupported() const { return plugin.IsFileSupported(); }
+    void BuildInputDecimator() const { plugin.BuildInputDecimator(); }
     void EvaluateSelectiveSquelch() const { plugin.EvaluateSelectiveSquelch(); }
     void EvaluateHostSquelch(std::int16_t* samples, std::uint32_t count) const {
         plugin.EvaluateHostSquelch(samples, count);

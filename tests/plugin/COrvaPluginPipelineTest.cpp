@@ -274,6 +274,27 @@ TEST_P(PluginPipeline, EachVoiceBlockTakesOneOutputBlockOrIsLost) {
     EXPECT_EQ(FreeBlocks(), 10U);
 }
 
+TEST_P(PluginPipeline, VoiceThatIsGoneBeforeItIsPlayedIsSkipped) {
+    StartAtRate();
+    const Samples signal = test::CallSignal(Rate(), test::kAlgorithmClear, 2);
+    int resets = 0;
+    // The decoder starts anew inside the call, when its voice has been counted but not fetched.
+    host.onCall = [&](const test::FakeHost::Call& call, void*) {
+        if (call.code == 2304 && call.param == 19) {
+            Inside().FrameDecoder().Reset();
+            ++resets;
+        }
+    };
+    for (std::size_t begin = 0; begin + kInputBlock <= signal.size(); begin += kInputBlock) {
+        Inside().SignalIndicator() = SignalIndicator::None; // so that every block tells
+        Process(std::span(signal).subspan(begin, kInputBlock));
+    }
+    EXPECT_GT(resets, 5);
+    EXPECT_EQ(FreeBlocks() + audio::CtbWaveOutInspector{*Inside().WaveOut()}.Gathered() +
+                  (Inside().CurrentAudioBlock() != nullptr ? 1 : 0),
+              10U);
+}
+
 TEST_P(PluginPipeline, NoBlockLeaksOverManyCalls) {
     StartAtRate();
     const Samples call = test::CallSignal(Rate(), test::kAlgorithmClear, 2);

@@ -546,6 +546,27 @@ TEST_F(PluginSession, TheRealErrorBoxGoesWhenTheHostClosesTheInstance) {
     EXPECT_TRUE(IsDestroyed());
 }
 
+TEST_F(PluginSession, AnExceptionOfTheHostInTheDeferredStartStaysInside) {
+    record.SetText(44, "OTHER", 32);
+    for (const std::int32_t code : {16386, 16390, 2816, 4352, 4353}) {
+        Start(record.Record());
+        host.onCall = [code](const test::FakeHost::Call& call, void*) {
+            if (call.code == code) {
+                throw std::runtime_error("host");
+            }
+        };
+        Pump();
+        host.onCall = nullptr;
+        Notify(2304, 2);
+        EXPECT_EQ(Inside().DemodulationMode(), DemodulationMode::Fm) << code;
+        const std::vector<std::int16_t> samples(2400);
+        EXPECT_TRUE(Plugin().ProcessData(samples.data(), 2400));
+        Close();
+        Pump();
+        EXPECT_TRUE(IsDestroyed()) << code;
+    }
+}
+
 TEST_F(PluginSession, RunsWithoutACallback) {
     record.SetText(44, "OTHER", 32);
     entries.Start(kHandle, record.Record(), nullptr);
@@ -774,6 +795,21 @@ TEST_F(PluginSession, AnUnsupportedRateIsToldAndYieldsAQuarter) {
     EXPECT_EQ(diagnostics.lines.size(), 2U) << "forced";
 }
 
+TEST_F(PluginSession, AReceiverOfAnotherRateIsToldAndTakenForTheFastOne) {
+    StartWithWaveInput();
+    const test::FakeDiagnostics diagnostics;
+    Inside().InputSampleRate() = 96000;
+    Inside().BuildInputDecimator();
+    ASSERT_EQ(diagnostics.lines.size(), 1U);
+    EXPECT_NE(diagnostics.lines[0].find("K728ORVA: Unsupported receiver sample rate.\n"), std::string::npos);
+    ExpectFilter(Inside().InputDecimator(), 96000.0, 1, 4, dsp::kFilterLowPass, 256);
+    for (const std::uint32_t rate : {48000U, 64000U}) {
+        Inside().InputSampleRate() = rate;
+        Inside().BuildInputDecimator();
+    }
+    EXPECT_EQ(diagnostics.lines.size(), 1U);
+}
+
 TEST_F(PluginSession, TheAudioFilterFollowsItsSettings) {
     StartWithWaveInput();
     dsp::TFIR_F32& filter = Inside().AudioFilter();
@@ -890,6 +926,24 @@ TEST_F(PluginSession, SurvivesTheLossOfItsWindow) {
     Notify(2818, 1);
     Notify(256, 1);
     EXPECT_EQ(host.Of(2304).at(0).window, nullptr);
+    Plugin().SetProcessingRate(64000, false);
+    Plugin().SetAFFreqLow(400);
+    Plugin().SetAFFreqHigh(2500);
+    Plugin().SetAFLowpass(1);
+    Plugin().SetAFDeemphasis(-30);
+    Plugin().SetAFFilterLength(64);
+    Plugin().SetAFEnabled(1);
+    Plugin().SetMuteEncrypted(0);
+    Plugin().SetOrvaGain(3);
+    Plugin().SetSelectiveSquelchMask(1);
+    Plugin().SetSelectiveSquelchValue(1, 2);
+    Plugin().SetWaveInDevice(0);
+    Plugin().SetWaveOutDevice(0);
+    Plugin().RetryCodecStart();
+    Inside().ReadReceiverMemory(kHandle);
+    EXPECT_EQ(Inside().AfFilterLength(), 64);
+    EXPECT_EQ(Inside().AudioFilter().GetFilterType(), dsp::kFilterLowPass);
+    EXPECT_EQ(Inside().SquelchBits() & 2U, 2U);
     Close();
     EXPECT_EQ(host.Codes().back(), 16384);
     EXPECT_EQ(host.calls.back().window, window) << "the number that the host knows";
