@@ -33,6 +33,18 @@ void LoadWorkUnload(const std::string& path) {
     ASSERT_TRUE(FreeLibrary(library));
 }
 
+/// Slots for data of the threads' own that the process can still have.
+std::size_t CountFreeThreadSlots() {
+    std::vector<DWORD> slots;
+    for (DWORD slot = TlsAlloc(); slot != TLS_OUT_OF_INDEXES; slot = TlsAlloc()) {
+        slots.push_back(slot);
+    }
+    for (const DWORD slot : slots) {
+        TlsFree(slot);
+    }
+    return slots.size();
+}
+
 TEST(HeapUnload, TheTestSeesHandles) {
     const int before = test::CountOpenHandles();
     HANDLE mutex = CreateMutexA(nullptr, FALSE, nullptr);
@@ -46,9 +58,11 @@ TEST(HeapUnload, NothingIsLeftBehind) {
     LoadWorkUnload(path); // what the system itself does only once
     const int handles = test::CountOpenHandles();
     const DWORD heaps = GetProcessHeaps(0, nullptr);
+    const std::size_t threadSlots = CountFreeThreadSlots();
     for (int i = 0; i < 200; ++i) {
         LoadWorkUnload(path);
     }
+    EXPECT_EQ(CountFreeThreadSlots(), threadSlots);
     EXPECT_EQ(test::CountOpenHandles(), handles);
     EXPECT_EQ(GetProcessHeaps(0, nullptr), heaps);
 }
