@@ -27,6 +27,12 @@ void TmyLabel::SetText(const TmyString& text, bool resize) {
     SetText(text.Text(), resize);
 }
 
+TmyPanel::TitlePlace TmyLabel::PlaceTitle(const RECT& area) const {
+    TitlePlace place = TmyPanel::PlaceTitle(area);
+    InflateRect(&place.area, -kGlyphOverhang, 0);
+    return place;
+}
+
 SIZE TmyLabel::Padding() const {
     return {kGlyphOverhang, 0};
 }

@@ -18,6 +18,7 @@ public:
     virtual void SetText(const TmyString& text, bool resize);
 
 protected:
+    [[nodiscard]] TitlePlace PlaceTitle(const RECT& area) const override;
     [[nodiscard]] SIZE Padding() const override;
 };
 

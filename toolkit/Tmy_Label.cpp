@@ -52,6 +52,7 @@ void Tmy_Label::OnPaint(HDC dc) {
     const TextLook look{EffectiveFont(),
                         GetStyleValue(IsEnabled() ? StyleValue::TextColor : StyleValue::DisabledTextColor),
                         background, static_cast<std::int32_t>(GetStyleValue(StyleValue::Shadow))};
+    InflateRect(&area, -kGlyphOverhang, 0);
     DrawAlignedText(dc, text.Text(), area, textAlignment, look);
     TmyControl::OnPaint(dc);
 }

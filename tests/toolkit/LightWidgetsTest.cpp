@@ -450,7 +450,9 @@ TEST_F(LightLabel, DrawsItsTextLeftAndInTheMiddle) {
     EXPECT_GE(box.top, (30 - Measure("Text").cy) / 2);
     EXPECT_GT(picture.Count(picture.Whole(), host->GetStyleValue(StyleValue::TextColor)), 10);
     label->SetTextAlignment(66);
-    EXPECT_GE(Picture(*label).BoxOfOther(picture.Whole(), kSurface).right, 78);
+    RECT expected = box;
+    OffsetRect(&expected, 80 - 2 * kGlyphOverhang - Measure("Text").cx, 0);
+    EXPECT_EQ(Picture(*label).BoxOfOther(picture.Whole(), kSurface), expected);
     label->SetEnabled(false);
     EXPECT_GT(Picture(*label).Count(picture.Whole(), host->GetStyleValue(StyleValue::DisabledTextColor)), 10);
 }

@@ -20,7 +20,7 @@ public:
         ArrowGlyph::Up,      ArrowGlyph::Down,      ArrowGlyph::Left,       ArrowGlyph::Right,
         ArrowGlyph::Bar,     ArrowGlyph::Square,    ArrowGlyph::DoubleLeft, ArrowGlyph::DoubleRight,
         ArrowGlyph::SolidUp, ArrowGlyph::SolidDown, ArrowGlyph::SolidLeft,  ArrowGlyph::SolidRight};
-    static constexpr int kGap = 6;
+    static constexpr int kGap = 4;
 
     static int WidthFor(int glyphSize) { return static_cast<int>(std::size(kAll)) * (glyphSize + kGap); }
 
@@ -40,7 +40,7 @@ private:
 } // namespace
 
 void FillArrows(Family& family) {
-    for (const int size : {4, 5, 6, 7, 8, 9, 11, 16}) {
+    for (const int size : {4, 5, 6, 7, 8, 11, 16}) {
         char caption[16];
         wsprintfA(caption, "Size %d", size);
         new ArrowRow(&family, family.Cell(ArrowRow::WidthFor(size), size, caption), size);

@@ -17,5 +17,6 @@ void FillMsgBoxes(Family& family);
 void FillEntries(Family& family);
 void FillSpins(Family& family);
 void FillFloatingSelections(Family& family);
+void FillSmallControls(Family& family);
 
 } // namespace orva::gallery

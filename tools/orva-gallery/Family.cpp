@@ -23,6 +23,7 @@ constexpr int kTitleHeight = 22;
 constexpr int kCellGap = 9;
 constexpr int kRowGap = 6;
 constexpr int kCaptionGap = 2;
+constexpr int kBottomMargin = 3;
 constexpr int kCaptionHeight = 15;
 
 } // namespace
@@ -68,7 +69,7 @@ void Family::StartRow() {
 
 void Family::Finish() {
     StartRow();
-    SetSize(-1, rowTop + kRowGap);
+    SetSize(-1, rowTop - kRowGap + kBottomMargin);
 }
 
 } // namespace orva::gallery

@@ -7,7 +7,7 @@ namespace orva::gallery {
 
 namespace {
 
-constexpr toolkit::Placement kWidgetsPlacement{-1, -1, 1270, 990};
+constexpr toolkit::Placement kWidgetsPlacement{-1, -1, 1270, 1010};
 constexpr toolkit::Placement kLayoutPlacement{-1, -1, 900, 480};
 constexpr UINT_PTR kCloseTimer = 1;
 constexpr COLORREF kPageColor = 0x3C3C3C;

@@ -17,6 +17,8 @@ void FillWindowed(Family& family) {
     new TmyLabel(&family, "NAC $293", family.Cell(kWidth, kHeight, "Enabled"));
     auto* disabled = new TmyLabel(&family, "NAC $293", family.Cell(kWidth, kHeight, "Disabled"));
     disabled->SetEnabled(false);
+    auto* grey = new TmyLabel(&family, "NAC $293", family.Cell(kWidth, kHeight, "Grey"));
+    grey->SetGrey(true);
     auto* right = new TmyLabel(&family, "NAC $293", family.Cell(kWidth, kHeight, "Right"));
     right->SetTextAlignment(toolkit::kTextRight | toolkit::kTextMiddle);
     auto* sunken = new TmyLabel(&family, "NAC $293", family.Cell(kWidth, kHeight + 4, "Border 3"));
@@ -31,6 +33,8 @@ void FillLight(Family& family) {
     new Tmy_Label(&family, family.Cell(kWidth, kHeight, "Tmy_Label"), "NAC $293");
     auto* disabled = new Tmy_Label(&family, family.Cell(kWidth, kHeight, "Disabled"), "NAC $293");
     disabled->SetEnabled(false);
+    auto* grey = new Tmy_Label(&family, family.Cell(kWidth, kHeight, "Grey"), "NAC $293");
+    grey->SetGrey(true);
     auto* centred = new Tmy_Label(&family, family.Cell(kWidth, kHeight, "Centre"), "NAC $293");
     centred->SetTextAlignment(toolkit::kTextInTheMiddle);
     new Tmy_Label(&family, family.Cell(kWidth, kHeight, "Long text"), "A text that is too long");

@@ -11,7 +11,7 @@ using toolkit::ListStyle;
 using toolkit::TmyComboBox;
 using toolkit::TmyListBox;
 
-constexpr int kWidth = 88;
+constexpr int kWidth = 76;
 constexpr int kHeight = 76;
 constexpr int kLargeHeight = 76;
 constexpr int kBoxHeight = 20;
@@ -19,8 +19,8 @@ constexpr COLORREF kMarkedColor = 0x66E0FF;
 
 template <class List>
 List* WithLines(List* list) {
-    for (const char* line : {"Speakers", "Headphones", "A sound card with a long name", "Line out",
-                             "Virtual cable", "Digital output", "Modem"}) {
+    for (const char* line :
+         {"Speakers", "Phones", "A sound card with a long name", "Line out", "Cable", "Digital", "Modem"}) {
         list->AddItem(line);
     }
     list->Select(1, false);
@@ -38,6 +38,7 @@ void FillLists(Family& family) {
     AddList(family, "Enabled");
     WithLines(new Focused<TmyListBox>(&family, family.Cell(kWidth, kHeight, "Focused")));
     AddList(family, "Disabled")->SetEnabled(false);
+    AddList(family, "Grey")->SetGrey(true);
     auto* few = new TmyListBox(&family, family.Cell(kWidth, kHeight, "Few, in colours"));
     few->AddItem("Plain");
     few->GetItem(few->AddItem("Marked"))->color = kMarkedColor;
@@ -50,6 +51,7 @@ void FillComboBoxes(Family& family) {
     WithLines(new TmyComboBox(&family, family.Cell(kWidth, kBoxHeight, "Enabled")));
     WithLines(new Focused<TmyComboBox>(&family, family.Cell(kWidth, kBoxHeight, "Focused")));
     WithLines(new TmyComboBox(&family, family.Cell(kWidth, kBoxHeight, "Disabled")))->SetEnabled(false);
+    WithLines(new TmyComboBox(&family, family.Cell(kWidth, kBoxHeight, "Grey")))->SetGrey(true);
     auto* open = WithLines(new TmyComboBox(&family, family.Cell(kWidth, kBoxHeight, "Open")));
     open->Button()->SetDown(true);
     WithLines(new TmyComboBox(&family, family.Cell(kWidth, kBoxHeight, "Long text")))->Select(2, false);

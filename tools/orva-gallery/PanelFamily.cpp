@@ -28,6 +28,8 @@ void FillPanels(Family& family) {
     disabled->SetTextAlignment(toolkit::kTextInTheMiddle);
     disabled->SetEnabled(false);
     new Focused<TmyPanel>(&family, "Text", family.Cell(kWidth, kHeight, "Focused"), toolkit::kTabbingStyle);
+    auto* grey = new TmyPanel(&family, "Text", family.Cell(kWidth, kHeight, "Grey"));
+    grey->SetGrey(true);
     new TmyPanel(&family, "Text", family.Cell(kWidth, kHeight, "Left and top"));
     new TmyPanel(&family, "A long title of a panel", family.Cell(kWidth, kHeight, "Long text"));
     auto* light = new Tmy_Panel(&family, family.Cell(kWidth, kHeight, "Tmy_Panel"));

@@ -1,4 +1,3 @@
-#include "controls/CtbSliderBar.h"
 #include "toolkit/TmySlider.h"
 #include "toolkit/Tmy_ScrollBar.h"
 #include "tools/orva-gallery/Families.h"
@@ -7,7 +6,6 @@ namespace orva::gallery {
 
 namespace {
 
-using controls::CtbSliderBar;
 using toolkit::ScrollDirection;
 using toolkit::SliderDirection;
 using toolkit::Tmy_ScrollBar;
@@ -50,27 +48,8 @@ void FillScrollBars(Family& family) {
     const RECT thumb = held->ThumbRect();
     held->OnLeftButtonDown(MK_LBUTTON, 1, static_cast<int>(thumb.top + thumb.bottom) / 2);
     AddBar(family, ScrollDirection::Vertical, "Off")->SetEnabled(false);
+    AddBar(family, ScrollDirection::Vertical, "Grey")->SetGrey(true);
     AddBar(family, ScrollDirection::Vertical, "Empty")->SetRange(0, 0);
-}
-
-CtbSliderBar* AddSliderBar(Family& family, int width, int height, const char* caption) {
-    constexpr COLORREF kThumb = 0x00FF00;
-    constexpr COLORREF kTrack = 0x006400;
-    auto* bar = new CtbSliderBar(&family, family.Cell(width, height, caption));
-    bar->SetColors(kThumb, kTrack);
-    bar->SetPosition(40);
-    return bar;
-}
-
-void FillSliderBars(Family& family) {
-    constexpr int kWidth = 50;
-    constexpr int kHeight = 6;
-    AddSliderBar(family, kHeight, kTall, "Upright")->SetVertical(true);
-    AddSliderBar(family, kWidth, kHeight, "Level");
-    auto* reversed = AddSliderBar(family, kWidth, kHeight, "Reversed");
-    reversed->SetMinimum(100);
-    reversed->SetMaximum(0);
-    AddSliderBar(family, kWidth, kHeight, "Disabled")->SetEnabled(false);
 }
 
 } // namespace
@@ -87,9 +66,9 @@ void FillSliders(Family& family) {
     AddTallSlider(family, "Vertical");
     Press(AddTallSlider(family, "Dragged"));
     AddTallSlider(family, "Disabled")->SetEnabled(false);
+    AddTallSlider(family, "Grey")->SetGrey(true);
     AddTallSlider(family, "With value")->SetValueShown(true);
     FillScrollBars(family);
-    FillSliderBars(family);
 }
 
 } // namespace orva::gallery

@@ -21,17 +21,18 @@ constexpr Entry kFamilies[] = {
     {"Tmy_Btn, Tmy_Btn2", FillLightButtons},
     {"TmyLabel, Tmy_Label", FillLabels},
     {"Arrows", FillArrows},
-    {"TmySlider, Tmy_ScrollBar, CtbSliderBar", FillSliders},
+    {"TmySlider, Tmy_ScrollBar", FillSliders},
     {"TmyListBox", FillLists},
     {"TmyComboBox", FillComboBoxes},
     {"TmyEdit, TmyIntEdit, TmyFloatEdit", FillEntries},
     {"TmyUpDown, CtbNumParamControl", FillSpins},
     {"TmyFloatingSelection, TmyFloatingSelection2", FillFloatingSelections},
+    {"CtbSliderBar, CtbComboListBox", FillSmallControls},
     {"TmyMsgBox", FillMsgBoxes},
 };
 
 constexpr std::size_t kColumns = 2;
-constexpr int kGap = 8;
+constexpr int kGap = 6;
 
 } // namespace
 
