@@ -63,6 +63,7 @@ double Product(const std::vector<double>& a, std::size_t startA, const std::vect
 
 std::vector<double> AtTwiceTheRate(std::span<const std::int16_t> samples) {
     std::vector<double> taps;
+    taps.reserve(kSideTaps);
     for (int distance = 0; distance < kSideTaps; ++distance) {
         taps.push_back(HalfwayTap(distance));
     }

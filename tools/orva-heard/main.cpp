@@ -101,7 +101,7 @@ bool TellSpeech(const SpeechMatch& match) {
     return correlation > kLeastCorrelation;
 }
 
-int Run(const Options& options) {
+int Tell(const Options& options) {
     const HostDiary diary = ReadJournal(options.journal);
     TellSpeakers(diary);
     bool isGood = true;
@@ -118,9 +118,8 @@ int Run(const Options& options) {
     return isGood ? 0 : kExitDiffers;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
+/// Reads the command line and does what it says.
+int Run(int argc, char** argv) {
     Options options;
     CLI::App app(
         "Says what was heard of a plug-in that ran in the bench host: who spoke, how much of the speech\n"
@@ -134,14 +133,22 @@ int main(int argc, char** argv) {
     recording->needs(speech);
     speech->needs(recording);
     app.add_option("--codes", options.codes, "codes that the host must have been sent")->delimiter(',');
-    app.footer("Exit status 0: every code was sent, the plug-in closed and unloaded, and the recording, if "
-               "there is\n"
-               "one, correlates with the speech above 0.98.");
+    app.footer(
+        "Exit status 0: every code was sent, the plug-in closed and unloaded, and the recording, if there\n"
+        "is one, correlates with the speech above 0.98.");
     try {
         app.parse(argc, argv);
-        return Run(options);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : kExitFailed;
+    }
+    return Tell(options);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "orva-heard: %s\n", error.what());
         return kExitFailed;
