@@ -29,8 +29,8 @@ constexpr std::int32_t kAutomaticShadow = 127;
 constexpr std::int32_t kShadowOnBright = -32;
 constexpr std::int32_t kShadowOnDark = -128;
 
-/// What a text's last glyph may reach beyond the text's measure, and a shadow too [pixels]: room that who fits
-/// a rectangle to a text adds at its sides.
+/// What the glyphs at a text's ends may reach beyond its measure, and a shadow too [pixels]: room to leave at
+/// its sides.
 constexpr int kGlyphOverhang = 1;
 
 /// How a text looks.
