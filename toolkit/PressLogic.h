@@ -190,6 +190,11 @@ protected:
         this->Invalidate();
         OnDownChanged();
     }
+    /// Whether the mouse is still its component's.
+    [[nodiscard]] bool HasCapture() {
+        const TmyComponent* component = this->NearestComponent();
+        return component != nullptr && GetCapture() == component->Window();
+    }
     /// Ends a press that is no click.
     void CancelPress() {
         if (pressed || held) {
@@ -208,10 +213,6 @@ protected:
 private:
     [[nodiscard]] bool IsInside(int x, int y) const {
         return x >= 0 && y >= 0 && x < this->GetClientWidth() && y < this->GetClientHeight();
-    }
-    [[nodiscard]] bool HasCapture() {
-        const TmyComponent* component = this->NearestComponent();
-        return component != nullptr && GetCapture() == component->Window();
     }
 };
 

@@ -138,6 +138,10 @@ void TmyButton::OnTimer(UINT_PTR id) {
     if (!IsEnabled()) {
         return;
     }
+    if (!HasCapture()) {
+        CancelPress(); // someone took the mouse away: the release will not come here
+        return;
+    }
     if (id == delayTimerId) {
         TimerCalls().kill(Window(), delayTimerId);
         TimerCalls().set(Window(), repeatTimerId, kRepeatInterval, nullptr);

@@ -26,6 +26,10 @@ void Tmy_Btn2::OnTimer(UINT_PTR id) {
     if (!IsEnabled()) {
         return;
     }
+    if (!HasCapture()) {
+        CancelPress(); // someone took the mouse away: the release will not come here
+        return;
+    }
     if (id == kDelayTimer) {
         delayTimer.Stop();
         repeatTimer.Start(kRepeatInterval);

@@ -125,6 +125,15 @@ TEST_F(Button, MovingWithoutTheButtonOrTheCaptureChangesNothing) {
     ReleaseAt(*button, kInsideX, kInsideY);
 }
 
+TEST_F(Button, LostCaptureEndsTheRepetition) {
+    PressAt(*button, kInsideX, kInsideY);
+    ReleaseCapture();
+    timers.Advance(5000);
+    EXPECT_EQ(presses.count, 1);
+    EXPECT_TRUE(timers.Running().empty());
+    EXPECT_FALSE(button->IsPressed());
+}
+
 TEST_F(Button, HoldingRepeatsFirstAfter500ThenEvery50Milliseconds) {
     std::vector<std::uint32_t> times;
     presses.then = [&] { times.push_back(timers.Now()); };

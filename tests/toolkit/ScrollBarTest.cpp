@@ -189,6 +189,19 @@ TEST_F(ScrollBar, LostCaptureEndsThePages) {
     EXPECT_TRUE(timers.Running().empty());
 }
 
+TEST_F(ScrollBar, LostCaptureEndsTheRepetitionOfAnArrow) {
+    Press(90);
+    ReleaseCapture();
+    timers.Advance(5000);
+    EXPECT_EQ(bar->GetPosition(), 11);
+    EXPECT_TRUE(timers.Running().empty());
+    Release(90);
+    Press(90);
+    timers.Advance(500);
+    EXPECT_EQ(bar->GetPosition(), 13);
+    Release(90);
+}
+
 TEST_F(ScrollBar, HandlerMayDeleteItAtAPage) {
     auto* doomed = new Tmy_ScrollBar(&Top(), ScrollDirection::Vertical, {50, 10, 16, 100});
     doomed->SetRange(0, 30);
