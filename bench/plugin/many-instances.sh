@@ -18,6 +18,7 @@ fi
 
 out="$top/build/many-instances"
 mkdir -p "$out"
+rm -f "$out/display"
 Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$out/display" 2>/dev/null &
 display=$!
 trap 'cmake/run-wine wineserver -k >/dev/null 2>&1 || true; kill "$display"' EXIT
