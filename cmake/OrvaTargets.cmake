@@ -52,12 +52,21 @@ function(orva_test_headers)
         <vector>)
 endfunction()
 
-# orva_test(NAME SOURCES ... [LINK ...]): a GoogleTest program, one entry of ctest.
+# orva_test(NAME [SHOWS_WINDOWS] SOURCES ... [LINK ...]): a GoogleTest program, one entry of ctest.
 function(orva_test name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+    cmake_parse_arguments(ARG "SHOWS_WINDOWS" "" "SOURCES;LINK" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE orva_compile_options ${ARG_LINK} GTest::gtest_main)
     target_compile_options(${name} PRIVATE ${orva_test_options})
     target_precompile_headers(${name} REUSE_FROM orva_test_headers)
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
+    if(ARG_SHOWS_WINDOWS)
+        orva_tests_show_windows(${name})
+    endif()
+endfunction()
+
+# Entries of ctest that need the display for themselves: there is one pointer and one focus. What shows no windows may
+# run beside them.
+function(orva_tests_show_windows)
+    set_tests_properties(${ARGN} PROPERTIES RESOURCE_LOCK display)
 endfunction()
