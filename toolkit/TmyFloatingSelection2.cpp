@@ -170,8 +170,8 @@ void TmyFloatingSelection2::OnLeftButtonDown(WPARAM flags, int x, int y) {
     }
     const LifeGuard life(this);
     TmyComponent::OnLeftButtonDown(flags, x, y);
-    const int turned = ColumnAt(x);
-    if (!life.IsAlive() || turned == kNone) {
+    const int turned = life.IsAlive() ? ColumnAt(x) : kNone;
+    if (turned == kNone) {
         return;
     }
     FollowEntry();

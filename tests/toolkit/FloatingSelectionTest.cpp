@@ -481,6 +481,31 @@ TEST_F(DigitSelectionTest, GoesWithItsEntryWhileItMoves) {
     EXPECT_EQ(Application().popupList.Count(), 0);
 }
 
+TEST_F(DigitSelectionTest, LetsAHandlerDeleteItAtAPressAMoveOrARelease) {
+    EventCount<MouseButton, WPARAM, int, int> buttons;
+    EventCount<WPARAM, int, int> moves;
+    for (const UINT message : {UINT{WM_LBUTTONDOWN}, UINT{WM_MOUSEMOVE}, UINT{WM_LBUTTONUP}}) {
+        auto* popup = new TmyFloatingSelection2(&edit, 3, kRow);
+        popup->Open();
+        ASSERT_TRUE(popup->IsOpen());
+        const LPARAM place = toolkit::Point(ColumnX(2), 20);
+        const HWND window = popup->Window();
+        buttons.then = moves.then = nullptr;
+        buttons.Watch(popup->onMouseDown);
+        buttons.Watch(popup->onMouseUp);
+        moves.Watch(popup->onMouseMove);
+        if (message != WM_LBUTTONDOWN) {
+            SendMessageA(window, WM_LBUTTONDOWN, MK_LBUTTON, place);
+        }
+        buttons.then = moves.then = [&] { delete popup; };
+        SendMessageA(window, message, MK_LBUTTON, place);
+        EXPECT_FALSE(IsWindow(window)) << message;
+    }
+    EXPECT_EQ(Application().popupList.Count(), 1) << "the test's own";
+    EXPECT_EQ(edit.GetValue(), 4500);
+    EXPECT_TRUE(timers.Running().empty());
+}
+
 TEST_F(DigitSelectionTest, DrawsADigitInTheMiddleRowOfEachColumn) {
     Settle(digits);
     const Snapshot shown(digits);
