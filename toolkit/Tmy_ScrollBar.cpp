@@ -219,6 +219,10 @@ void Tmy_ScrollBar::OnMouseMove(WPARAM flags, int x, int y) {
     if (!dragging) {
         return;
     }
+    if (!HasCapture()) {
+        StopMouse(); // someone took the mouse away: the release will not come here
+        return;
+    }
     const std::int64_t travel = TroughLength() - ThumbLength();
     if (travel <= 0) {
         return;
@@ -244,9 +248,8 @@ void Tmy_ScrollBar::OnTimer(UINT_PTR id) {
         TmyControl::OnTimer(id);
         return;
     }
-    const TmyComponent* component = NearestComponent();
-    if (component == nullptr || GetCapture() != component->Window()) {
-        StopMouse(); // someone took the mouse away: the release will not come here
+    if (!HasCapture()) {
+        StopMouse();
         return;
     }
     if (id == kDelayTimer) {
@@ -254,6 +257,11 @@ void Tmy_ScrollBar::OnTimer(UINT_PTR id) {
         repeatTimer.Start(kRepeatInterval);
     }
     Page();
+}
+
+bool Tmy_ScrollBar::HasCapture() {
+    const TmyComponent* component = NearestComponent();
+    return component != nullptr && GetCapture() == component->Window();
 }
 
 void Tmy_ScrollBar::StopMouse() {

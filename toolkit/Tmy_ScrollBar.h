@@ -79,6 +79,7 @@ private:
     void MoveBy(std::int64_t distance);
     void PlaceButtons();
     void UpdateButtons();
+    [[nodiscard]] bool HasCapture();
     void StopMouse();
     void OnBackPress(TmyControl* sender);
     void OnForwardPress(TmyControl* sender);

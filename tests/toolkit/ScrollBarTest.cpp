@@ -202,6 +202,18 @@ TEST_F(ScrollBar, LostCaptureEndsTheRepetitionOfAnArrow) {
     Release(90);
 }
 
+TEST_F(ScrollBar, LostCaptureEndsTheDrag) {
+    Press(40);
+    ReleaseCapture();
+    Drag(57); // over the bar, with a button that was pressed elsewhere
+    Drag(4000);
+    EXPECT_EQ(bar->GetPosition(), 10);
+    EXPECT_EQ(scrolls.count, 0);
+    const Snapshot picture(Top(), {10, 10, 26, 110});
+    EXPECT_GT(picture.At(0, 33), picture.At(15, 49)) << "raised again";
+    Release(57);
+}
+
 TEST_F(ScrollBar, HandlerMayDeleteItAtAPage) {
     auto* doomed = new Tmy_ScrollBar(&Top(), ScrollDirection::Vertical, {50, 10, 16, 100});
     doomed->SetRange(0, 30);

@@ -203,6 +203,18 @@ TEST_F(UpDownTest, LetsAHandlerDeleteItWhileHeld) {
     EXPECT_EQ(changed.count, 1);
 }
 
+TEST_F(UpDownTest, StopsWhenTheMouseIsTakenAway) {
+    PressAt(spin, 5, kUpY);
+    timers.Advance(500);
+    EXPECT_EQ(edit.GetValue(), 12);
+    SetCapture(top.Window()); // whoever has it gets the release
+    timers.Advance(5000);
+    EXPECT_EQ(edit.GetValue(), 12);
+    EXPECT_FALSE(spin.UpButton()->IsPressed());
+    EXPECT_TRUE(timers.Running().empty());
+    ReleaseCapture();
+}
+
 TEST_F(UpDownTest, DrawsAnArrowOnEachButton) {
     Settle(top);
     const COLORREF text = spin.GetStyleValue(StyleValue::TextColor);
