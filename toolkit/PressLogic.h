@@ -99,7 +99,7 @@ public:
         if (!life.IsAlive()) {
             return;
         }
-        const bool clicked = std::exchange(pressed, false);
+        const bool clicked = std::exchange(pressed, false) && IsInside(x, y);
         held = false;
         StopRepeat(); // before a handler may run messages
         if (clicked) {

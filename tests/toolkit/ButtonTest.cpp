@@ -5,6 +5,7 @@
 #include "toolkit/TmyButton.h"
 
 #include <memory>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -112,6 +113,17 @@ TEST_F(Button, ReleaseOutsideIsNoClickThoughThePressesHaveFired) {
     EXPECT_EQ(presses.count, 3);
     EXPECT_TRUE(timers.Running().empty());
     EXPECT_FALSE(button->IsPressed());
+}
+
+TEST_F(Button, ReleaseOutsideWithoutAMoveBeforeItIsNoClickEither) {
+    button->SetGroup(1);
+    for (const auto& [x, y] : {std::pair{60, 5}, {5, 24}, {-1, 5}, {5, -1}}) {
+        PressAt(*button, kInsideX, kInsideY);
+        ReleaseAt(*button, x, y);
+        EXPECT_FALSE(button->IsPressed());
+    }
+    EXPECT_EQ(clicks.count + downs.count, 0);
+    EXPECT_TRUE(timers.Running().empty());
 }
 
 TEST_F(Button, MovingWithoutTheButtonOrTheCaptureChangesNothing) {
