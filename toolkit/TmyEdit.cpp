@@ -304,8 +304,12 @@ void TmyEdit::PaintNonClient() {
 }
 
 /// All that is inside the frame belongs to the text: a click beside the line or on the unit is one into the
-/// line.
+/// line. The platform knows nothing of an ancestor without a window that is disabled: as if it knew, the
+/// mouse goes to the window below.
 LRESULT TmyEdit::HitTest(LPARAM place) const {
+    if (!IsEnabled()) {
+        return HTTRANSPARENT;
+    }
     const POINT pointer{GET_X_LPARAM(place), GET_Y_LPARAM(place)};
     RECT area{};
     GetWindowRect(Window(), &area);

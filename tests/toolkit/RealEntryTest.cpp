@@ -4,6 +4,7 @@
 #include "toolkit/TmyFloatEdit.h"
 #include "toolkit/TmyFloatingSelection2.h"
 #include "toolkit/TmyIntEdit.h"
+#include "toolkit/Tmy_Panel.h"
 
 #include <vector>
 
@@ -190,6 +191,21 @@ TEST_F(RealEntry, DisabledEntryTakesNoClickAndIsPassedByTab) {
              "255\r"); // with VK_OEM_PERIOD and VK_RETURN
     EXPECT_EQ(last->GetValue(), 125);
     EXPECT_EQ(Text(*last), "1.25");
+}
+
+TEST_F(RealEntry, EntryOnADisabledControlWithoutAWindowTakesNoClick) {
+    auto* panel = new Tmy_Panel(&top, {10, 70, 150, 60});
+    auto* inner = new TmyEdit(panel, "inner", {10, 10, 100, 20});
+    Pump();
+    panel->SetEnabled(false);
+    edit.SetFocus();
+    MoveInto(*inner, 50, 10);
+    Click();
+    EXPECT_NE(::GetFocus(), inner->Window());
+    EXPECT_FALSE(inner->HasState(ControlState::Focused));
+    panel->SetEnabled(true);
+    Click();
+    EXPECT_EQ(::GetFocus(), inner->Window());
 }
 
 TEST_F(RealEntry, DigitsAreTurnedByTheMouse) {
