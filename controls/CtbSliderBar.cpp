@@ -57,10 +57,10 @@ void CtbSliderBar::SetVertical(bool isVertical) {
     }
 }
 
-void CtbSliderBar::SetColors(COLORREF thumb, COLORREF track) {
-    if (thumb != thumbColor || track != trackColor) {
-        thumbColor = thumb;
-        trackColor = track;
+void CtbSliderBar::SetColours(COLORREF thumb, COLORREF track) {
+    if (thumb != thumbColour || track != trackColour) {
+        thumbColour = thumb;
+        trackColour = track;
         Invalidate();
     }
 }
@@ -172,8 +172,8 @@ void CtbSliderBar::OnResize() {
 // --- painting ----------------------------------------------------------------------------------------------
 
 void CtbSliderBar::OnDrawContent(HDC dc, const RECT& area) {
-    const COLORREF thumb = IsEnabled() ? thumbColor : GetStyleValue(StyleValue::DisabledTextColor);
-    toolkit::FillSolid(dc, area, trackColor);
+    const COLORREF thumb = IsEnabled() ? thumbColour : GetStyleValue(StyleValue::DisabledTextColor);
+    toolkit::FillSolid(dc, area, trackColour);
     toolkit::FillSolid(dc, FillRect(area), thumb);
     TmyPanel::OnDrawContent(dc, area);
 }

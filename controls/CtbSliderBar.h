@@ -30,7 +30,7 @@ public:
     /// Limits the position to what lies between minimum and maximum, whichever is higher. Compares first.
     void SetPosition(int newPosition);
     void SetVertical(bool isVertical);
-    void SetColors(COLORREF thumb, COLORREF track);
+    void SetColours(COLORREF thumb, COLORREF track);
 
     [[nodiscard]] int GetMinimum() const { return minimum; }
     [[nodiscard]] int GetMaximum() const { return maximum; }
@@ -64,8 +64,8 @@ private:
     bool vertical = false;
     int fillPixels = 0;
     bool dragging = false;
-    COLORREF thumbColor = 0xFFFFFF;
-    COLORREF trackColor = 0x606060;
+    COLORREF thumbColour = 0xFFFFFF;
+    COLORREF trackColour = 0x606060;
 };
 
 } // namespace orva::controls

@@ -17,7 +17,7 @@ constexpr COLORREF kTrack = 0x606060;
 class SliderBar : public WidgetTest {
 protected:
     SliderBar() : bar(new CtbSliderBar(&Top(), kBarPlace)) {
-        bar->SetColors(kThumb, kTrack);
+        bar->SetColours(kThumb, kTrack);
         changes.Watch(bar->onChange);
     }
     /// Columns from `left` to `right`, not included, are filled, and no others.
@@ -237,7 +237,7 @@ TEST_F(SliderBar, OnlyAChangeOfTheFillRepaints) {
     bar->SetPosition(25); // 0.5: rounded up
     EXPECT_FALSE(UpdateRegion(*bar).IsEmpty());
     bar->Update();
-    bar->SetColors(kThumb, kTrack);
+    bar->SetColours(kThumb, kTrack);
     EXPECT_TRUE(UpdateRegion(*bar).IsEmpty());
 }
 

@@ -17,7 +17,7 @@ constexpr COLORREF kTrack = 0x006400;
 
 CtbSliderBar* AddBar(Family& family, const char* caption, int position) {
     auto* bar = new CtbSliderBar(&family, family.Cell(kLength, kHeight, caption));
-    bar->SetColors(kThumb, kTrack);
+    bar->SetColours(kThumb, kTrack);
     bar->SetPosition(position);
     return bar;
 }
@@ -37,7 +37,7 @@ void FillBars(Family& family) {
     framed->SetBorderWidth(1);
     auto* vertical = new CtbSliderBar(&family, family.Cell(kHeight, 36, "Vertical"));
     vertical->SetVertical(true);
-    vertical->SetColors(kThumb, kTrack);
+    vertical->SetColours(kThumb, kTrack);
     vertical->SetPosition(40);
 }
 
