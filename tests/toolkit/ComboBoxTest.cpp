@@ -250,6 +250,24 @@ TEST_F(ComboBox, ClosesWhenItIsDisabledOrHidden) {
     EXPECT_FALSE(ListIsOnShow());
 }
 
+TEST_F(ComboBox, ClosesWhenItsParentIsDisabledOrHidden) {
+    auto* panel = new TmyPanel(&Top(), "", {10, 60, 200, 100});
+    auto* inner = new TmyComboBox(panel, kBoxPlace);
+    inner->AddItem("Only");
+    inner->Open();
+    ASSERT_TRUE(inner->IsOpen());
+    panel->SetEnabled(false);
+    EXPECT_FALSE(inner->IsOpen());
+    panel->SetEnabled(true);
+    inner->Open();
+    ASSERT_TRUE(inner->IsOpen());
+    panel->SetVisible(false);
+    Pump();
+    EXPECT_FALSE(inner->IsOpen());
+    EXPECT_FALSE(IsWindowVisible(inner->List()->Window()));
+    EXPECT_EQ(OpenPopups(), 0);
+}
+
 TEST_F(ComboBox, DisabledTakesNoInput) {
     box->SetFocus();
     box->SetEnabled(false);
@@ -419,6 +437,21 @@ TEST_F(ComboBox, RealClicksOpenChooseAndClose) {
     real::LeftUp();
     EXPECT_FALSE(box->IsOpen());
     EXPECT_EQ(changes.count, 1);
+}
+
+TEST_F(ComboBox, TabLeavesTheOpenListForTheBox) {
+    box->Select(1, false);
+    box->SetFocus();
+    real::Key(VK_F4);
+    real::Key(VK_DOWN);
+    real::Key(VK_TAB);
+    EXPECT_FALSE(box->IsOpen());
+    EXPECT_FALSE(ListIsOnShow());
+    EXPECT_EQ(OpenPopups(), 0);
+    EXPECT_EQ(box->GetSelected(), 1);
+    EXPECT_EQ(::GetFocus(), box->Window());
+    real::Key(VK_DOWN);
+    EXPECT_EQ(box->GetSelected(), 2) << "the keys are the box's again";
 }
 
 TEST_F(ComboBox, RealKeysReachTheOpenList) {

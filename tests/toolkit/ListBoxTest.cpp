@@ -5,6 +5,7 @@
 #include "toolkit/Tmy_ScrollBar.h"
 
 #include <cstdlib>
+#include <functional>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -216,6 +217,7 @@ struct WheelKeeper {
 TEST_F(ListBox, HandlerMayKeepTheWheelAndTheParentNeverGetsIt) {
     Fill(20);
     EventCount<int, WPARAM, bool&> parent;
+    parent.Watch(Top().onWheel);
     WheelKeeper keeper;
     list->SetFocus();
     Wheel(*list, -1);
@@ -224,6 +226,8 @@ TEST_F(ListBox, HandlerMayKeepTheWheelAndTheParentNeverGetsIt) {
     Wheel(*list, -2);
     EXPECT_EQ(keeper.seen, -2);
     EXPECT_EQ(list->GetTopIndex(), 1);
+    EXPECT_EQ(parent.count, 0);
+    Top().onWheel.Clear();
 }
 
 TEST_F(ListBox, ScrollBarMovesTheLines) {
@@ -316,6 +320,51 @@ TEST_F(ListBox, KeysInAnEmptyListDoNothing) {
     }
     EXPECT_EQ(list->GetSelected(), -1);
     EXPECT_EQ(changes.count, 0);
+}
+
+// --- handlers that delete the list -------------------------------------------------------------------------
+
+TEST_F(ListBox, MayBeDeletedByItsHandlers) {
+    const auto isDeletedBy = [&](const std::function<void()>& input) {
+        delete list;
+        list = MakeList(ListStyle::Plain);
+        Fill(12);
+        const HWND window = list->Window();
+        input();
+        const bool gone = IsWindow(window) == 0;
+        list = gone ? nullptr : list;
+        return gone;
+    };
+    const auto end = [this] { delete list; };
+    const auto press = [&](int row) { PressAt(*list, 20, MiddleOf(row)); };
+
+    changes.then = end;
+    EXPECT_TRUE(isDeletedBy([&] { press(1); }));
+    EXPECT_TRUE(isDeletedBy([&] {
+        changes.then = nullptr;
+        press(1);
+        changes.then = end;
+        DragTo(*list, 20, MiddleOf(2));
+    }));
+    EXPECT_TRUE(isDeletedBy([&] { KeyDown(*list, VK_NEXT); }));
+    EXPECT_TRUE(isDeletedBy([&] { list->Select(2, true); }));
+    EXPECT_FALSE(isDeletedBy([&] { list->Select(2, false); }));
+
+    changes.then = nullptr;
+    enters.then = end;
+    EXPECT_TRUE(isDeletedBy([&] { KeyDown(*list, VK_RETURN); }));
+    EXPECT_TRUE(isDeletedBy([&] {
+        press(1);
+        SendMessageA(list->Window(), WM_LBUTTONUP, 0, Point(20, MiddleOf(1)));
+    }));
+
+    EventCount<int, WPARAM, bool&> wheel;
+    wheel.then = end;
+    EXPECT_TRUE(isDeletedBy([&] {
+        wheel.Watch(list->onWheel);
+        list->SetFocus();
+        Wheel(*list, -1);
+    }));
 }
 
 // --- states and styles -------------------------------------------------------------------------------------
