@@ -30,8 +30,7 @@ inline HINSTANCE ThisLibrary() {
 /// | focused  | `OnDrawFocus`, which a panel that takes the focus marks by a rectangle |
 ///
 /// The background is the window colour, and the frame is made of its shades. The title's shadow is style
-/// value
-/// 7. The constructor gives the panel a style record of its own with border style 4 and width 3, which
+/// value 7. The constructor gives the panel a style record of its own with border style 4 and width 3, which
 /// children share; style 0 is no border.
 class TmyPanel : public TmyComponent {
 public:

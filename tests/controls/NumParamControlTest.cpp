@@ -52,8 +52,7 @@ TEST_F(NumParamControlTest, BeginsAt0WithItsPartsInPlace) {
     EXPECT_EQ(field.GetStyleValue(toolkit::StyleValue::BorderStyle), 0u);
 }
 
-// --- the number
-// ------------------------------------------------------------------------------------------------
+// --- the number --------------------------------------------------------------------------------------------
 
 TEST_F(NumParamControlTest, LimitsTheNumberAndTellsOnce) {
     SetRange(0, 31);
@@ -228,8 +227,7 @@ TEST_F(NumParamControlTest, TakesNothingWhileDisabled) {
     EXPECT_EQ(Shown(), "3");
 }
 
-// --- texts and layout
-// ------------------------------------------------------------------------------------------
+// --- texts and layout --------------------------------------------------------------------------------------
 
 TEST_F(NumParamControlTest, SetsItsTexts) {
     field.SetTitle("Freq", false);

@@ -96,8 +96,7 @@ TEST(ProcessPendingMessages, PostsAQuitMessageAgain) {
     EXPECT_EQ(message.wParam, 42u);
 }
 
-// --- the end of the process, seen from another one
-// -----------------------------------------------------------------
+// --- the end of the process, seen from another one ---------------------------------------------------------
 
 /// What a second run of this program printed to the debug output, from its start to its end.
 std::vector<std::string> OutputOfRun(const std::string& arguments) {

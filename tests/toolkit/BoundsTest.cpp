@@ -159,8 +159,7 @@ TEST_F(Bounds, WindowsBelowAWindowlessControlFollowIt) {
     EXPECT_EQ(point.y, kPlace.y + 65);
 }
 
-// --- the strips of a window whose size changes
-// ---------------------------------------------------------------------
+// --- the strips of a window whose size changes -------------------------------------------------------------
 
 TEST_F(Bounds, AWidenedWindowRepaintsTheBorderAndTheNewPart) {
     sub->SetSize(80, -1);
@@ -198,8 +197,7 @@ TEST_F(Bounds, TheStripsAreAsWideAsTheBorder) {
     EXPECT_TRUE(UpdateRegion(*sub).Is({{30, 0, 50, 80}})) << UpdateRegion(*sub);
 }
 
-// --- what the other calls invalidate
-// -------------------------------------------------------------------------------
+// --- what the other calls invalidate -----------------------------------------------------------------------
 
 TEST_F(Bounds, InvalidateLeavesOutOpaqueChildren) {
     TmyControl overlay(&top, {0, 100, 20, 20});

@@ -81,8 +81,7 @@ TEST_F(EditTest, DiesWithItsWindowAndFreesTheWindowWithItself) {
     EXPECT_FALSE(IsWindow(window));
 }
 
-// --- the frame
-// -------------------------------------------------------------------------------------------------
+// --- the frame ---------------------------------------------------------------------------------------------
 
 TEST_F(EditTest, ReservesTheFrameAndTheUnitsRoom) {
     EXPECT_EQ(edit.GetClientWidth(), 120 - 2 * kFrame);
@@ -262,8 +261,7 @@ TEST_F(EditTest, ShowsTheFramesMessagesToTheHookFirst) {
     EXPECT_EQ(top.FirstChild(), nullptr);
 }
 
-// --- text
-// ------------------------------------------------------------------------------------------------------
+// --- text --------------------------------------------------------------------------------------------------
 
 TEST_F(EditTest, FiresOnChangeForEachChangeOfTheText) {
     EventCount<> changed;

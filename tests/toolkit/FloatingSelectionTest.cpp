@@ -302,8 +302,7 @@ TEST_F(FloatingSelectionTest, IsChosenFromByTheRealMouse) {
     real::LeftUp();
 }
 
-// --- digits
-// ----------------------------------------------------------------------------------------------------
+// --- digits ------------------------------------------------------------------------------------------------
 
 class DigitSelectionTest : public EntryTest {
 protected:

@@ -198,8 +198,7 @@ TEST_F(Focus, TabStopMakesAComponentFocusable) {
     EXPECT_FALSE(none.HasState(ControlState::Focusable));
 }
 
-// --- the tab order
-// -------------------------------------------------------------------------------------------------
+// --- the tab order -----------------------------------------------------------------------------------------
 
 TEST_F(Focus, TabGoesForwardAndAround) {
     one->SetFocus();
@@ -275,8 +274,7 @@ TEST_F(Focus, AFocusedParentsChildrenComeNext) {
     EXPECT_EQ(Focused(), "one");
 }
 
-// --- keys
-// --------------------------------------------------------------------------------------------------------
+// --- keys --------------------------------------------------------------------------------------------------
 
 struct KeyTarget {
     void OnKeyDown(TmyControl* /*sender*/, WPARAM& key, LPARAM /*flags*/) {

@@ -122,8 +122,7 @@ TEST_F(IntEditTest, RoundsToTheStepIfAskedTo) {
     EXPECT_EQ(edit.GetValue(), 7);
 }
 
-// --- typing
-// ----------------------------------------------------------------------------------------------------
+// --- typing ------------------------------------------------------------------------------------------------
 
 TEST_F(IntEditTest, TakesEveryCharacterByItsRule) {
     edit.SetValue(5);
@@ -415,8 +414,7 @@ TEST_F(IntEditTest, KeepsTheNumberWhenTheUnitChanges) {
     EXPECT_EQ(changed.Take(), 0);
 }
 
-// --- the wheel
-// -------------------------------------------------------------------------------------------------
+// --- the wheel ---------------------------------------------------------------------------------------------
 
 TEST_F(IntEditTest, StepsByTheWheel) {
     EXPECT_EQ(edit.GetStep(), 1);
@@ -605,8 +603,7 @@ TEST_F(IntEditTest, TellsOnceWhenAHandlerSetsAnotherNumber) {
     EXPECT_EQ(changed.last, 9);
 }
 
-// --- linked controls
-// -------------------------------------------------------------------------------------------
+// --- linked controls ---------------------------------------------------------------------------------------
 
 TEST_F(IntEditTest, KeepsLinkedControlsAtItsRight) {
     auto* up = new TmyControl(&top, {0, 0, 10, 20});
@@ -630,8 +627,7 @@ TEST_F(IntEditTest, KeepsLinkedControlsAtItsRight) {
     edit.SetBounds(5, 0, 40, 20);
 }
 
-// --- the entry with decimals
-// -----------------------------------------------------------------------------------
+// --- the entry with decimals -------------------------------------------------------------------------------
 
 TEST_F(IntEditTest, FloatEditShowsZeroToSixDecimals) {
     const char* const texts[]{"1234567",  "123456.7", "12345.67", "1234.567",

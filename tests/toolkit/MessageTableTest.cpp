@@ -462,8 +462,7 @@ TEST_F(MessageTable, ExceptionOfAHandlerIsCaughtAndTraced) {
     EXPECT_EQ(Send(top, WM_NULL, 6), 6); // still at work
 }
 
-// --- what the components' own operations send
-// ----------------------------------------------------------------------
+// --- what the components' own operations send --------------------------------------------------------------
 
 TEST_F(MessageTable, PostUserMessageRefusesAnIdAbove16384) {
     Watch({"OnUserMessage"});

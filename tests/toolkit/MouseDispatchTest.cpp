@@ -134,8 +134,7 @@ TEST_F(MouseDispatch, WindowsOnTheDesktopAreNotHit) {
     EXPECT_EQ(Dispatch(MouseCode::Move, 5, 140), (Entries{"top.Move(0,5,140)"}));
 }
 
-// --- double clicks
-// -------------------------------------------------------------------------------------------------
+// --- double clicks -----------------------------------------------------------------------------------------
 
 class DoubleClick : public MouseDispatch {
 protected:
@@ -192,8 +191,7 @@ TEST_F(DoubleClick, FirstClickAtTheOriginIsSingle) {
     EXPECT_EQ(Click(0, 120), (Entries{"fresh.LeftUp(0,0,0)"}));
 }
 
-// --- the wheel
-// -----------------------------------------------------------------------------------------------------
+// --- the wheel ---------------------------------------------------------------------------------------------
 
 struct WheelKeeper {
     void Keep(TmyControl* sender, int delta, WPARAM keys, bool& passOn) {
@@ -230,8 +228,7 @@ TEST_F(MouseDispatch, WheelWithoutAFocusGoesToTheComponent) {
     delete fresh;
 }
 
-// --- the events of the slots
-// ---------------------------------------------------------------------------------------
+// --- the events of the slots -------------------------------------------------------------------------------
 
 struct MouseTarget {
     void OnDown(TmyControl* /*sender*/, MouseButton button, WPARAM flags, int x, int y) {

@@ -180,8 +180,7 @@ TEST_F(Paint, BorrowedContextIsShiftedAndClipped) {
     EXPECT_EQ(PixelAt(15, 36), kWindow);
 }
 
-// --- the back buffer
-// -----------------------------------------------------------------------------------------------
+// --- the back buffer ---------------------------------------------------------------------------------------
 
 TEST_F(Paint, BackBufferShowsTheSamePicture) {
     RecordingControl first(log, "first", &top, Placement{10, 10, 50, 50});
@@ -246,8 +245,7 @@ TEST_F(Paint, AGivenContextIsPaintedIntoDirectly) {
     DeleteDC(dc);
 }
 
-// --- over a procedure of the platform's
-// ------------------------------------------------------------------------
+// --- over a procedure of the platform's --------------------------------------------------------------------
 
 std::vector<std::pair<UINT, WPARAM>> forwarded;
 

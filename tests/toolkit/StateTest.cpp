@@ -44,8 +44,7 @@ protected:
     RecordingComponent* sub;
 };
 
-// --- enabling
-// -----------------------------------------------------------------------------------------------------
+// --- enabling ----------------------------------------------------------------------------------------------
 
 TEST_F(States, DisablingTellsAllLevels) {
     panel->SetEnabled(false);
@@ -107,8 +106,7 @@ TEST_F(States, GreyReachesAllLevels) {
     EXPECT_FALSE(leaf->HasState(ControlState::Grey) || sub->HasState(ControlState::Grey));
 }
 
-// --- visibility
-// ---------------------------------------------------------------------------------------------------
+// --- visibility --------------------------------------------------------------------------------------------
 
 TEST_F(States, HidingTellsAllLevelsAndTheParentsLayout) {
     panel->SetVisible(false);
@@ -200,8 +198,7 @@ TEST_F(States, TopLevelIsTheFirstWindowThatIsNoChild) {
     EXPECT_EQ(loose.GetTopLevel(), nullptr);
 }
 
-// --- fonts
-// --------------------------------------------------------------------------------------------------------
+// --- fonts -------------------------------------------------------------------------------------------------
 
 int HeightOf(HFONT font) {
     const HDC dc = ::GetDC(nullptr);
@@ -277,8 +274,7 @@ TEST_F(Fonts, AComponentsWindowIsToldTheFontInForce) {
     EXPECT_EQ(fontsSet.back(), large);
 }
 
-// --- the caret
-// ----------------------------------------------------------------------------------------------------
+// --- the caret ---------------------------------------------------------------------------------------------
 
 TEST_F(Fonts, CaretCallsGoToTheWindowWithTheOffsetAdded) {
     log = EventLog({"CreateCaret", "ShowCaret", "SetCaretPos", "DestroyCaret"});
