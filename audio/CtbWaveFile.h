@@ -138,9 +138,8 @@ public:
 
     /// Appends samples, unless the file has reached its limit; it may pass that by the length of one write.
     ///
-    /// \return false when it has, when not all could be written, and when not writing; the recording is then
-    /// at
-    ///         its end, and is to be closed
+    /// \return false when it has, when not all could be written, and when not writing; the recording is at
+    ///         its end then, and is to be closed
     bool Write(const std::int16_t* buffer, std::uint32_t samples);
 
     /// \param bytes  file size at which `Write` refuses; 0 for none

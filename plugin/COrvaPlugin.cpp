@@ -1,5 +1,6 @@
 #include "plugin/COrvaPlugin.h"
 
+#include "squelch/NoiseMeasure.h"
 #include "toolkit/TmyApplication.h"
 #include "toolkit/TmyMsgBox.h"
 #include "toolkit/Trace.h"
@@ -14,13 +15,10 @@ namespace orva::plugin {
 
 namespace {
 
-constexpr std::uint32_t kWaveInRate = 48000;   // [Hz]
-constexpr std::uint32_t kReceiverRate = 64000; // [Hz]
+constexpr std::uint32_t kWaveInRate = 48000; // [Hz]
 
-constexpr std::uint32_t kAudioBlockSamples = 1024;
 constexpr std::uint32_t kVoiceBlockSamples = 512;
 constexpr std::uint32_t kVoiceRate = 8000; // [Hz]
-constexpr std::uint32_t kInputBlockSamples = 2400;
 constexpr std::uint32_t kWaveInBuffers = 32;
 constexpr std::uint32_t kPrebufferBlocks = 3;
 constexpr std::size_t kDeviceTypeLength = 5;
@@ -28,15 +26,12 @@ constexpr char kReceiverType[] = "K7USB";
 
 constexpr std::uint32_t kDecimatorTaps = 256;
 constexpr std::uint32_t kInterpolatorTaps = 64;
-constexpr std::uint32_t kNoiseTaps = 128;
 constexpr double kAudioEdge =
     7900.0; // [Hz]; the interpolator's own limit brings it down to half its input rate
-constexpr double kNoiseEdge = 5000.0; // [Hz]
 
 constexpr double kDbPerDeemphasis = 0.1;
 constexpr double kVoltageExponentPerDb = 0.05;
 constexpr std::int32_t kMostGain = 100; // [dB]
-constexpr std::int32_t kHoldoffBlocks = 20;
 
 constexpr char kErrorTitle[] = "ORVA Error";
 constexpr char kNoWaveIn[] = "Failed to open WaveIn device.";
@@ -114,8 +109,8 @@ void COrvaPlugin::FillAudioPool() {
 void COrvaPlugin::BuildNoiseHighPass() {
     noiseHighPass.SetSampleRate(processingRate);
     noiseHighPass.SetFilterType(dsp::kFilterHighPass);
-    noiseHighPass.SetLength(kNoiseTaps);
-    noiseHighPass.SetLowCut(kNoiseEdge);
+    noiseHighPass.SetLength(squelch::kNoiseHighPassTaps);
+    noiseHighPass.SetLowCut(squelch::kNoiseHighPassHz);
 }
 
 void COrvaPlugin::BuildInputDecimator() {

@@ -236,6 +236,7 @@ private:
     void OnMuteEncryptedEvent(toolkit::TmyControl* sender, std::int32_t value);
     void OnOrvaGainEvent(toolkit::TmyControl* sender, std::int32_t value);
     void OnWindowDestroyedEvent(toolkit::TmyControl* sender);
+    void OnOverwriteBoxDestroyed(toolkit::TmyControl* sender);
 
     // Host.
     std::uint32_t CallHost(PluginCode code, std::uint32_t param, std::uint32_t size, void* data);
@@ -283,6 +284,7 @@ private:
 
     // Recording and playback.
     [[nodiscard]] bool IsFileSupported() const;
+    [[nodiscard]] bool IsAtRest() const;
     [[nodiscard]] bool IsRecording(bool audio) const;
     [[nodiscard]] bool Exists(const std::string& path) const;
     [[nodiscard]] bool AskOverwrite(const std::string& path);
@@ -312,6 +314,11 @@ private:
     void ProcessWaitingInput();
     void TakeInputBlock();
     void TakeWaveInBuffer(std::int32_t index);
+
+    static constexpr std::uint32_t kReceiverRate = 64000;     ///< [Hz]
+    static constexpr std::uint32_t kInputBlockSamples = 2400; ///< of either road
+    static constexpr std::uint32_t kAudioBlockSamples = 1024; ///< of a block of the output
+    static constexpr std::int32_t kHoldoffBlocks = 20;        ///< of FM audio silenced after a digital signal
 
     const PluginPlatform& platform;
 

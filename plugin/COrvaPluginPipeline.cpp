@@ -18,11 +18,8 @@ constexpr double kAudioScale = 10430.060040584269; // 32767 / pi: FM audio is a 
 constexpr float kTenthsPerPercent = 10.0F;
 constexpr double kPercentPerTenth = 0.1;
 constexpr std::uint32_t kInvertBits = 16;
-constexpr std::int32_t kHoldoffBlocks = 20;
-constexpr std::uint32_t kAudioBlockSamples = 1024;
 constexpr std::int32_t kClear = 0x80;
 constexpr std::int32_t kUnknownAlgorithm = -1;
-constexpr std::uint32_t kVoiceSquelch = 0x100;
 
 constexpr std::uint32_t kSpectrumLive = 2;
 constexpr std::uint32_t kSpectrumMirrored = 4;
@@ -256,7 +253,7 @@ bool COrvaPlugin::RunFmChain(std::uint32_t count) {
         audioFilter.FilterI16(decimatedSamples.Data(), decimatedSamples.Data(),
                               static_cast<std::int32_t>(audioCount));
     }
-    if ((hostSquelchType & kVoiceSquelch) != 0) {
+    if ((hostSquelchType & squelch_type::kVoice) != 0) {
         EvaluateVoiceSquelch(decimatedSamples.Data(), audioCount);
     }
     AdvanceScan(audioCount);

@@ -11,9 +11,7 @@ namespace orva::plugin {
 
 namespace {
 
-constexpr std::uint32_t kInputBlockSamples = 2400;
 constexpr std::uint32_t kBytesPerSample = sizeof(std::int16_t);
-constexpr std::uint32_t kReceiverRate = 64000; // [Hz]
 constexpr UINT kInputBlockMessage = WM_USER + 1;
 
 // The receiver's memory.

@@ -47,15 +47,20 @@ bool COrvaPlugin::IsFileSupported() const {
            waveFile.GetSampleRate() <= kHighestRate;
 }
 
+/// While idle a file is open only as long as the host is told of a playback that begins.
+bool COrvaPlugin::IsAtRest() const {
+    return fileState == FileState::Idle && !waveFile.IsOpen();
+}
+
 void COrvaPlugin::SelectFile(const char* path) {
-    const bool isIdle = fileState == FileState::Idle;
-    if (isIdle) {
+    const bool isAtRest = IsAtRest();
+    if (isAtRest) {
         waveFile.Open(path);
     }
     if (window) {
-        window->SetFile(&waveFile, isIdle ? IsFileSupported() : true);
+        window->SetFile(&waveFile, isAtRest ? IsFileSupported() : true);
     }
-    if (isIdle) {
+    if (isAtRest) {
         waveFile.Close();
     }
 }
@@ -64,8 +69,8 @@ void COrvaPlugin::SelectFile(const char* path) {
 
 void COrvaPlugin::StartRecording() {
     const Frame frame(*this);
-    if (restartingOutput) {
-        return; // a stop is still under way
+    if (restartingOutput || !IsAtRest()) {
+        return; // a stop, or a playback's start, is still under way
     }
     const auto choice = window ? window->GetRecordingChoice() : std::nullopt;
     if (!choice) {
@@ -77,7 +82,7 @@ void COrvaPlugin::StartRecording() {
         return;
     }
     // Messages ran while the question stood.
-    if (closing || fileState != FileState::Idle) {
+    if (closing || !IsAtRest()) {
         return;
     }
     fileIsAudio = isAudio;
@@ -114,6 +119,7 @@ bool COrvaPlugin::AskOverwrite(const std::string& path) {
         overwriteBox->SetButtonText(kOverwriteYes, "Yes");
         overwriteBox->SetButtonText(kOverwriteNo, "No");
         overwriteBox->SetKey(VK_RETURN, kOverwriteYes);
+        overwriteBox->onDestroy.Bind<&COrvaPlugin::OnOverwriteBoxDestroyed>(this);
     }
     return platform.ask(*overwriteBox, OverwriteQuestion(path).c_str(), kOverwriteTitle) == kOverwriteYes;
 }
@@ -123,6 +129,11 @@ void COrvaPlugin::DismissOverwriteBox() {
     if (overwriteBox != nullptr && overwriteBox->IsInModal()) {
         overwriteBox->EndModal(kOverwriteNo + 1);
     }
+}
+
+/// Its window went, and the object with it: it is a window of the host's process like any other.
+void COrvaPlugin::OnOverwriteBoxDestroyed(toolkit::TmyControl* /*sender*/) {
+    overwriteBox = nullptr;
 }
 
 void COrvaPlugin::DeleteOverwriteBox() {
@@ -158,9 +169,12 @@ void COrvaPlugin::StartPlayback() {
     }
     const std::uint32_t streamValue = QueryHost(QueryCode::StreamValue);
     savedStreamValue = streamValue != kUnsupported ? streamValue : savedStreamValue;
-    CallHost(PluginCode::StreamValue, kStreamFromFile, 0, nullptr);
+    // The host may have the file stopped from inside either call, and is told of no playback after that.
+    if (waveFile.IsOpen()) {
+        CallHost(PluginCode::StreamValue, kStreamFromFile, 0, nullptr);
+    }
     if (!waveFile.IsOpen()) {
-        return; // the host had the file stopped from inside the call
+        return;
     }
     fileSampleRate = waveFile.GetSampleRate();
     fileIsAudio = isAudio;

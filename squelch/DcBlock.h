@@ -12,8 +12,9 @@ struct DcBlockState {
 };
 
 /// One-pole high-pass with a corner at 1 Hz, in place; results are truncated to integers. Results beyond 16
-/// bits, which follow a jump of more than full scale, are limited. rate  [Hz], above 0; does nothing
-/// otherwise
+/// bits, which follow a jump of more than full scale, are limited.
+///
+/// \param rate  [Hz]; at 0 nothing is done
 void DcBlock(DcBlockState& state, std::int16_t* samples, std::uint32_t count, std::uint32_t rate);
 
 } // namespace orva::squelch

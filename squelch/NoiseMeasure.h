@@ -9,16 +9,22 @@ namespace orva::squelch {
 constexpr std::uint32_t kNoiseHighPassTaps = 128;
 constexpr double kNoiseHighPassHz = 5000.0;
 
-/// Noise of a block of high-passed audio, 0 .. 99: 0.02049 times the root mean square. count  above 0
+/// Noise of a block of high-passed audio, 0 .. 99: 0.02049 times the root mean square.
+///
+/// \param count  above 0
 double NoiseOf(const std::int16_t* highPassed, std::uint32_t count);
 
 /// Next value of the noise level: that of the block alone while scanning, where each channel stands for
 /// itself, otherwise 15 % of it on 85 % of the level so far.
 float NextNoiseLevel(float noiseLevel, double blockNoise, bool scannerActive);
 
-/// Measures a block of FM audio. Returns the noise level as a whole number, 0 .. 99; 0 with null or a count
-/// of 0; -1 without scratch memory. noiseHighPass  has `FilterI16(out, in, count)`; 5000 Hz, 128 taps, at the
-/// rate of the samples noiseScratch  room for `count` samples noiseLevel  lives with the caller, 0 at first
+/// Measures a block of FM audio.
+///
+/// \param noiseHighPass  has `FilterI16(out, in, count)`; of the design above, at the rate of the samples
+/// \param noiseScratch   room for `count` samples
+/// \param noiseLevel     lives with the caller, 0 at first
+/// \return the noise level as a whole number, 0 .. 99; 0 with null samples or a count of 0; -1 without
+///         scratch memory
 template <class HighPass>
 std::int32_t MeasureNoise(HighPass& noiseHighPass, std::int16_t* noiseScratch, float& noiseLevel,
                           bool scannerActive, const std::int16_t* samples, std::uint32_t count) {

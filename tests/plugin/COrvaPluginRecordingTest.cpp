@@ -208,6 +208,22 @@ TEST_F(PluginRecording, TheBoxIsMadeOnceAndGoesWithTheWindow) {
     EXPECT_EQ(questions.size(), 2U) << "without a window nobody is asked";
 }
 
+TEST_F(PluginRecording, ABoxDestroyedBetweenTwoQuestionsIsMadeAnew) {
+    StartAtRate(48000);
+    const std::string path = folder.Write("rec.wav", "precious");
+    RecordAudio();
+    ASSERT_NE(Inside().OverwriteBox(), nullptr);
+    DestroyWindow(Inside().OverwriteBox()->Window());
+    EXPECT_EQ(Inside().OverwriteBox(), nullptr);
+    button = 0;
+    RecordAudio();
+    EXPECT_TRUE(IsRecording());
+    EXPECT_EQ(questions.size(), 2U);
+    DestroyWindow(Inside().OverwriteBox()->Window());
+    Close();
+    EXPECT_TRUE(IsDestroyed());
+}
+
 namespace {
 
 /// What a user does to the box, by a timer that runs in the box's own loop.
@@ -236,6 +252,19 @@ TEST_F(PluginRecording, TheRealBoxIsAnsweredByTheUser) {
     SetTimer(nullptr, 0, 10, &FindBox);
     RecordAudio();
     EXPECT_TRUE(IsRecording()) << "yes is the default";
+}
+
+TEST_F(PluginRecording, ABoxDestroyedUnderTheQuestionIsANo) {
+    platform.ask = RealPlatform().ask;
+    StartAtRate(48000);
+    const std::string path = folder.Write("rec.wav", "precious");
+    onBox = [](HWND box) { DestroyWindow(box); };
+    SetTimer(nullptr, 0, 10, &FindBox);
+    RecordAudio();
+    EXPECT_TRUE(IsIdle());
+    EXPECT_EQ(Inside().OverwriteBox(), nullptr);
+    EXPECT_EQ(test::ReadWholeFile(path), "precious");
+    EXPECT_NE(IsWindowEnabled(window), FALSE);
 }
 
 TEST_F(PluginRecording, TheRealBoxGoesWhenTheHostClosesTheInstance) {
@@ -572,6 +601,8 @@ TEST_F(PluginRecording, SquelchPausesRecordingsOnly) {
     Notify(2818, 1);
     EXPECT_EQ(Inside().PauseFlags(), 0U);
     Play("x.if.wav", Samples(9 * kBlock));
+    Plugin().SetPauseUnderSquelch(1);
+    EXPECT_EQ(Inside().PauseFlags(), 0U) << "nor does the rule itself";
     Process(Samples(kBlock));
     EXPECT_EQ(Inside().PauseFlags(), 0U);
     EXPECT_EQ(std::count(panel.shown.begin(), panel.shown.end(), "paused"), 0);
@@ -755,6 +786,24 @@ TEST_F(PluginRecording, AnAudioRecordingIsNotGivenTheInput) {
     EXPECT_EQ(Inside().WaveFile().GetDataSize(), 0U);
 }
 
+TEST_F(PluginRecording, AFailedWriteWhenSignalReturnsEndsTheRecording) {
+    StartAtRate(48000);
+    Plugin().SetPauseNoOrva(1);
+    Inside().WaveFile().SetMaxFileSize(46 + 2 * kBlock);
+    RecordIf();
+    const Samples block = Ramp(kBlock);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(IsRecording());
+        Inside().OrvaSignalLatch() = 0;
+        Inside().PauseFlags() = kNoSignal;
+        Inside().PauseBySignal(4, 1, block);
+    }
+    EXPECT_TRUE(IsIdle());
+    EXPECT_EQ(panel.Take(), (Shown{"recording", "resumed", "resumed", "file rec.if", "stopped"}));
+    EXPECT_EQ(StreamValues(), Values{0});
+    EXPECT_EQ(File("rec.if.wav").samples, block);
+}
+
 TEST_F(PluginRecording, VoiceWithoutATransmissionLeavesTheLatch) {
     StartAtRate(48000);
     Plugin().SetPauseNoOrva(1);
@@ -854,6 +903,21 @@ TEST_F(PluginRecording, TheLimitEndsAnAudioRecordingInTheMiddleOfABlock) {
     EXPECT_TRUE(IsIdle());
     EXPECT_EQ(File("rec.wav").samples.size(), 3U * 1024U);
     EXPECT_GE(Played().size(), 15U * 1024U) << "what is heard goes on";
+}
+
+TEST_F(PluginRecording, TheLimitEndsARecordingOfFmAudioAndTheAudioGoesOn) {
+    StartAtRate(48000);
+    SetMode(DemodulationMode::Fm);
+    Inside().WaveFile().SetMaxFileSize(46 + 3 * 1600);
+    RecordAudio();
+    Process(test::FmTone(48000, 1.0));
+    EXPECT_TRUE(IsIdle());
+    EXPECT_EQ(panel.Take(), (Shown{"recording", "file rec", "stopped"}));
+    const Samples recorded = File("rec.wav").samples;
+    EXPECT_EQ(recorded.size(), 3U * 800U) << "800 samples a block";
+    const Samples played = Played();
+    EXPECT_EQ(played.size(), 16000U / 1024U * 1024U);
+    EXPECT_FALSE(IsSilent(std::span(played).last(1024)));
 }
 
 namespace {

@@ -219,11 +219,21 @@ TEST_P(PluginSquelch, NoiseIsAnsweredByTheThreshold) {
     EXPECT_GT(measured.noise, 20);
     EXPECT_LE(measured.noise, 99);
     EXPECT_EQ(measured.level | measured.ctcss | measured.voice | measured.dcs, 0);
-    // The threshold itself is a shut squelch.
-    SetUpType(2, {.level = 0, .noise = measured.noise, .ctcss = 0, .reserved = {}, .voice = 0, .dcs = 0});
-    Notify(2048, 1);
-    const auto equal = Answer(test::Noise(Rate(), kLong));
-    EXPECT_EQ(equal.param == 0, ValuesOf(equal).noise >= measured.noise);
+}
+
+TEST_P(PluginSquelch, NoiseAtTheThresholdShuts) {
+    StartAtRate();
+    const auto answerAt = [&](std::int32_t threshold) {
+        SetUpType(2, {.level = 0, .noise = threshold, .ctcss = 0, .reserved = {}, .voice = 0, .dcs = 0});
+        host.Clear();
+        Samples silence(kInputBlock); // which measures 0
+        Inside().EvaluateHostSquelch(silence.data(), kInputBlock);
+        EXPECT_EQ(ValuesOf(host.Of(2818).at(0)).noise, 0);
+        return host.Of(2818).at(0).param;
+    };
+    EXPECT_EQ(answerAt(0), 0U);
+    EXPECT_EQ(answerAt(1), 2U);
+    EXPECT_EQ(answerAt(-1), 0U);
 }
 
 TEST_P(PluginSquelch, ATypeOf3IsNoise) {
@@ -288,6 +298,40 @@ TEST_P(PluginSquelch, CodesAreTold) {
     EXPECT_EQ(ValuesOf(inverted).dcs, -static_cast<std::int32_t>(kCode));
     EXPECT_EQ(answerFor(-static_cast<std::int32_t>(kCode), false).param, 0U);
     EXPECT_EQ(answerFor(kCode, true).param, 0U);
+}
+
+TEST_P(PluginSquelch, ACodeFoundSetsTheCountBackWhileScanningToo) {
+    StartAtRate();
+    SetUpType(512, {.level = 0, .noise = 0, .ctcss = 0, .reserved = {}, .voice = 0, .dcs = kCode});
+    constexpr auto kBlock = static_cast<std::int32_t>(kInputBlock);
+    Scan();
+    EXPECT_EQ(Answer(test::Carrier(Rate(), kLong)).param, 0U);
+    EXPECT_EQ(Inside().ScanSampleCount(), 1 + (Rate() == 48000 ? 12 : 16) * kBlock) << "none was found";
+    Notify(2048, 1);
+    EXPECT_EQ(Answer(CodeCarrier(kLong, kCode, false)).param, 512U);
+    EXPECT_EQ(Inside().ScanSampleCount(), Inside().ScanSettleSamples() + kBlock);
+    EXPECT_EQ(Inside().DcsDetector().matchCount, 0U);
+}
+
+TEST_P(PluginSquelch, AScannedBlockWithoutMemoryIsNotAnswered) {
+    StartAtRate();
+    SetUpType(2, {});
+    Scan();
+    const Samples carrier = test::Carrier(Rate(), 0.3);
+    Process(std::span(carrier).first(kInputBlock));
+    Inside().ScanSampleCount() = Inside().ScanSettleSamples() + 1;
+    const std::int32_t count = Inside().ScanSampleCount();
+    // A larger block: audio for twice its length, floats.
+    constexpr std::uint32_t kLarge = 2 * kInputBlock;
+    for (const int successes : {0, 1}) {
+        const test::AllocationFailure failure(successes);
+        EXPECT_FALSE(Plugin().ProcessData(carrier.data(), kLarge)) << successes;
+        EXPECT_TRUE(failure.HasStruck());
+    }
+    EXPECT_EQ(Inside().ScanSampleCount(), count);
+    EXPECT_TRUE(host.Of(2818).empty());
+    EXPECT_TRUE(Plugin().ProcessData(carrier.data(), kLarge));
+    EXPECT_EQ(host.Of(2818).size(), 1U);
 }
 
 TEST_P(PluginSquelch, ARetuneFromInsideTheAnswerAsksAnew) {

@@ -111,6 +111,16 @@ TEST_F(PluginViews, SquelchIsShownAtEveryEvaluation) {
     EXPECT_EQ(spectrum.squelchedShown, (std::vector<bool>{true, false}));
 }
 
+TEST_F(PluginViews, TheSelectionIsShownWhenItChanges) {
+    StartWithWaveInput();
+    const auto shown = [&] { return ui::COrvaPluginWindowInspector{*Inside().Window()}.SelectiveMask(); };
+    EXPECT_EQ(shown(), 0U);
+    Plugin().SetSelectiveSquelchMask(2);
+    EXPECT_EQ(shown(), 2U);
+    Plugin().SetSelectiveSquelchMask(0);
+    EXPECT_EQ(shown(), 0U);
+}
+
 TEST_F(PluginViews, OnlyChangesAreShown) {
     StartWithWaveInput();
     ShowViews();
