@@ -289,6 +289,7 @@ bool COrvaPluginWindow::PerformFileCommand(const COPYDATASTRUCT& data) {
     if (!wasAsked || !life.IsAlive()) {
         return wasAsked;
     }
+    fileCommands.DropChoice();
     if (command == FileCommand::Pause || command == FileCommand::Resume) {
         SetPaused(command == FileCommand::Pause); // a user's press would have moved the button
     }

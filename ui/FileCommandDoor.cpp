@@ -4,14 +4,24 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
 #include <utility>
 
 namespace orva::ui {
 
 namespace {
 
-constexpr int kDecimal = 10;
-constexpr long kMostSteps = 86400; // a day; longer than any recording
+constexpr std::int64_t kMostSteps = 86400; // a day; longer than any recording
+
+/// A whole decimal number, limited to 64 bits; nothing if `text` is none.
+std::optional<std::int64_t> ToNumber(const std::string& text) {
+    constexpr int kDecimal = 10;
+    const std::size_t digits = text.starts_with('-') ? 1 : 0;
+    if (text.size() == digits || text.find_first_not_of("0123456789", digits) != std::string::npos) {
+        return std::nullopt;
+    }
+    return std::strtoll(text.c_str(), nullptr, kDecimal);
+}
 
 } // namespace
 
@@ -47,15 +57,9 @@ bool FileCommandDoor::Perform(FileCommand command, const std::string& text, IPlu
         }
         return !isAtRest;
     case FileCommand::Seek:
-        if (isPlaying) {
-            owner.SeekFile(static_cast<std::uint32_t>(std::strtoul(text.c_str(), nullptr, kDecimal)));
-        }
-        return isPlaying;
+        return isPlaying && Seek(text, owner);
     case FileCommand::Step:
-        if (isPlaying) {
-            Step(std::strtol(text.c_str(), nullptr, kDecimal), owner);
-        }
-        return isPlaying;
+        return isPlaying && Step(text, owner);
     }
     return false;
 }
@@ -87,11 +91,26 @@ void FileCommandDoor::Record(const std::string& path, bool isIntermediateFrequen
     owner.StartRecording();
 }
 
-void FileCommandDoor::Step(long seconds, IPluginWindowOwner& owner) {
-    const std::int32_t direction = seconds < 0 ? -1 : 1;
-    for (long left = std::min(std::labs(seconds), kMostSteps); left > 0; --left) {
+bool FileCommandDoor::Seek(const std::string& text, IPluginWindowOwner& owner) {
+    const auto position = ToNumber(text);
+    if (!position || *position < 0) {
+        return false;
+    }
+    constexpr std::int64_t kHighest = std::numeric_limits<std::uint32_t>::max();
+    owner.SeekFile(static_cast<std::uint32_t>(std::min(*position, kHighest)));
+    return true;
+}
+
+bool FileCommandDoor::Step(const std::string& text, IPluginWindowOwner& owner) {
+    const auto seconds = ToNumber(text);
+    if (!seconds) {
+        return false;
+    }
+    const std::int32_t direction = *seconds < 0 ? -1 : 1;
+    for (std::int64_t left = direction * std::clamp(*seconds, -kMostSteps, kMostSteps); left > 0; --left) {
         owner.StepFile(direction);
     }
+    return true;
 }
 
 } // namespace orva::ui

@@ -31,12 +31,15 @@ public:
     void SetActivity(Activity now) { activity = now; }
     void SetSupported(bool canBePlayed) { isSupported = canBePlayed; }
 
-    /// What the command under way wants recorded, once; nothing outside of one.
+    /// What the command under way wants recorded, once.
     [[nodiscard]] std::optional<RecordingChoice> TakeChoice();
+    /// The command is over: what nobody took is for nobody.
+    void DropChoice() { choice.reset(); }
 
 private:
     void Record(const std::string& path, bool isIntermediateFrequency, IPluginWindowOwner& owner);
-    static void Step(long seconds, IPluginWindowOwner& owner);
+    static bool Seek(const std::string& text, IPluginWindowOwner& owner);
+    static bool Step(const std::string& text, IPluginWindowOwner& owner);
 
     Activity activity = Activity::Rest;
     bool isSupported = false;

@@ -129,6 +129,42 @@ TEST_F(PluginPlayback, AFileThatTheHostStopsAtOnceIsNotPlayed) {
     EXPECT_TRUE(IsIdle());
     EXPECT_EQ(panel.Take(), (Shown{"file x", "playing", "stopped"}));
     EXPECT_EQ(Inside().WaveOut()->GetSampleRate(), 16000U);
+    EXPECT_EQ(StreamValues(), (Values{2048, 0}));
+}
+
+TEST_F(PluginPlayback, AFileThatTheHostStopsFromInsideTheQueryIsNeverTold) {
+    StartAtRate(48000);
+    host.onCall = [&](const test::FakeHost::Call& call, void*) {
+        if (call.code == 16386) {
+            Plugin().StopFile();
+        }
+    };
+    Play("x.if.wav", Ramp(9));
+    EXPECT_TRUE(IsIdle());
+    EXPECT_EQ(panel.Take(), (Shown{"file x.if", "playing", "stopped"}));
+    EXPECT_EQ(StreamValues(), Values{0}) << "of the stop";
+}
+
+TEST_F(PluginPlayback, NoClickInsideTheStartsCallsTakesTheFileAway) {
+    StartAtRate(48000);
+    const std::string other = folder.Write("other.if.wav", test::FileBytes(AtRate(64000), Ramp(5)));
+    int calls = 0;
+    host.onCall = [&](const test::FakeHost::Call& call, void*) {
+        if (call.code == 16386 || call.code == 16385) {
+            ++calls;
+            Plugin().SelectFile(other.c_str());
+            RecordAudio("new");
+        }
+    };
+    Play("x.if.wav", Ramp(9 * kBlock));
+    EXPECT_EQ(calls, 2);
+    EXPECT_TRUE(IsPlaying());
+    EXPECT_EQ(panel.Take(), (Shown{"file x.if", "playing", "file x.if", "file x.if"}));
+    EXPECT_FALSE(Exists("new.wav"));
+    host.onCall = nullptr;
+    Tick();
+    EXPECT_EQ(Inside().WaveFile().GetPositionBytes(), 2 * kBlock);
+    EXPECT_EQ(Inside().WaveFile().GetDataSize(), 9 * 2 * kBlock);
 }
 
 // --- intermediate frequency --------------------------------------------------------------------------------
@@ -921,6 +957,41 @@ TEST_F(FileCommands, PlaySeekAndStep) {
     EXPECT_TRUE(Send(ui::FileCommand::Resume));
     EXPECT_EQ(panel.Take(), Shown{"resumed"});
     EXPECT_TRUE(Send(ui::FileCommand::Stop));
+}
+
+TEST_F(FileCommands, TakeWholeDecimalNumbersOnly) {
+    StartAtRate(48000);
+    Play("x.if.wav", Ramp(200000));
+    ASSERT_TRUE(Send(ui::FileCommand::Seek, "1000"));
+    for (const char* text : {"", "-", "x", "0x100", "12a", " 5", "1.5", "+1", "-1"}) {
+        EXPECT_FALSE(Send(ui::FileCommand::Seek, text)) << text;
+    }
+    for (const char* text : {"", "-", "x", "0x1", "1a", "--1"}) {
+        EXPECT_FALSE(Send(ui::FileCommand::Step, text)) << text;
+    }
+    EXPECT_EQ(Inside().WaveFile().GetPositionBytes(), 1000U);
+    EXPECT_TRUE(Send(ui::FileCommand::Seek, "99999999999999999999")) << "the end";
+    EXPECT_EQ(Inside().WaveFile().GetPositionBytes(), 400000U);
+    EXPECT_TRUE(Send(ui::FileCommand::Step, "-99999999999999999999")) << "the start";
+    EXPECT_EQ(Inside().WaveFile().GetPositionBytes(), 0U);
+    EXPECT_TRUE(Send(ui::FileCommand::Step, "2147483648"));
+    EXPECT_EQ(Inside().WaveFile().GetPositionBytes(), 400000U);
+}
+
+TEST_F(FileCommands, ARefusedRecordingLeavesNothingForTheNext) {
+    StartAtRate(48000);
+    Play("x.wav", Ramp(9000), AtRate(8000));
+    spectrum.notch = [&](float*, std::uint32_t) {
+        EXPECT_FALSE(Send(ui::FileCommand::RecordIf, folder.Path("program"))) << "the output is opened anew";
+    };
+    waveIn.PostFilled(2 * kBlock); // comes when messages run
+    Plugin().StopFile();
+    spectrum.notch = nullptr;
+    EXPECT_TRUE(IsIdle());
+    RecordAudio("user");
+    EXPECT_TRUE(IsRecording());
+    EXPECT_TRUE(Exists("user.wav"));
+    EXPECT_FALSE(Exists("program.if.wav"));
 }
 
 TEST_F(FileCommands, TheInstanceMayBeClosedFromInsideOne) {

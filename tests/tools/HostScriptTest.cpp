@@ -105,6 +105,8 @@ TEST(HostScript, ReadsRecordingAndPlayback) {
     EXPECT_FALSE(Parsed("seek 96000").HasPath());
     EXPECT_EQ(Parsed("step -2").file, FileCommand::Step);
     EXPECT_EQ(Parsed("step -2").text, "-2");
+    EXPECT_EQ(Parsed("seek 0x100").text, "256") << "the window takes decimal numbers alone";
+    EXPECT_EQ(Parsed("step 0xFFFFFFFE").text, "-2");
     EXPECT_EQ(Parsed("pause").file, FileCommand::Pause);
     EXPECT_EQ(Parsed("resume").file, FileCommand::Resume);
     EXPECT_EQ(Parsed("stop").file, FileCommand::Stop);

@@ -161,8 +161,11 @@ void ReadFile(HostCommand& command, FileCommand file, const std::string& text) {
     if (command.HasPath() && text.empty()) {
         throw std::invalid_argument("which file?");
     }
-    if (file == FileCommand::Seek || file == FileCommand::Step) {
-        NeedNumber(text);
+    // The window takes decimal numbers alone.
+    if (file == FileCommand::Seek) {
+        command.text = std::to_string(NeedNumber(text));
+    } else if (file == FileCommand::Step) {
+        command.text = std::to_string(static_cast<std::int32_t>(NeedNumber(text)));
     }
 }
 
