@@ -226,6 +226,13 @@ TEST_F(DecodeFailure, RefusesWhatItDoesNotKnow) {
     }
 }
 
+TEST(OrvaDecode, TakesWhatBeginsWithASlashForAFile) {
+    const TemporaryFolder folder;
+    const ProgramResult result = RunOrvaDecode(folder, {"/no-such-folder/call.if.wav"});
+    EXPECT_EQ(result.exitCode, kExitInputFailed);
+    EXPECT_NE(result.errors.find("cannot be opened"), std::string::npos) << result.errors;
+}
+
 } // namespace
 
 } // namespace orva::test

@@ -162,6 +162,7 @@ int Run(int argc, char** argv) {
     CLI::App app(
         "Decodes recordings of P25 digital radio: signalling to a summary and events, voice to speech.",
         "orva-decode");
+    app.allow_windows_style_options(false); // a path may begin with a slash
     Describe(app, options);
     try {
         app.parse(argc, argv);

@@ -82,6 +82,7 @@ int Run(SignalOptions& options) {
 int RunSignalJob(int argumentCount, const char* const* arguments) {
     CLI::App app(
         "Makes Project 25 calls as a receiver would record them: C4FM on a real intermediate frequency.");
+    app.allow_windows_style_options(false); // a path may begin with a slash
     SignalOptions options;
     DescribeOptions(app, options);
     try {
