@@ -291,12 +291,27 @@ void COrvaPlugin::SetWaveOutDevice(std::uint32_t id) {
     }
     waveOutName = name;
     waveOutDevice = id;
+    ReopenWaveOut(&audio::CtbWaveOut::SetDevice, id);
+    if (stopWanted) {
+        StopFile();
+    }
+}
+
+/// Opens the output anew, with another rate or device. The user's clicks are among the messages that run
+/// meanwhile: a start is refused, a stop waits.
+void COrvaPlugin::ReopenWaveOut(void (audio::CtbWaveOut::*set)(std::uint32_t), std::uint32_t value) {
+    stopWanted = false;
+    if (!waveOut) {
+        return;
+    }
+    restartingOutput = true;
     waveOut->Stop();
     toolkit::TmyApplication::ProcessPendingMessages();
     waveOut->Close();
     toolkit::TmyApplication::ProcessPendingMessages();
-    waveOut->SetDevice(id);
+    (waveOut.get()->*set)(value);
     waveOut->Start();
+    restartingOutput = false;
 }
 
 // --- modes -------------------------------------------------------------------------------------------------

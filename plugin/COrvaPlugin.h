@@ -219,6 +219,7 @@ private:
     void RebuildAudioFilter();
     void SetDecimatorRatio(std::uint32_t rate);
     void OpenWaveInOrTell();
+    void ReopenWaveOut(void (audio::CtbWaveOut::*set)(std::uint32_t), std::uint32_t value);
     void ShowError(const char* text);
     void DismissErrorBox();
 
@@ -292,7 +293,6 @@ private:
     void DismissOverwriteBox();
     void Record(const std::int16_t* samples, std::uint32_t count);
     void StartAudioPlayback();
-    void RestartWaveOut(std::uint32_t rate);
     void ResetDecoders();
     bool PlayBlock(std::uint32_t liveCount);
     bool PlayAudio(const std::int16_t* samples, std::uint32_t count);
@@ -425,7 +425,7 @@ private:
     int frames = 0;                 ///< calls into the instance on the stack
     bool closing = false;           ///< nothing is started any more
     bool destroyAfterwards = false; ///< the outermost frame deletes the instance
-    bool restartingOutput = false;  ///< messages run between two rates of the output
+    bool restartingOutput = false;  ///< messages run between two rates or devices of the output
     bool stopWanted = false;        ///< the file is to be stopped as soon as the output runs again
     bool walking = false;           ///< a block is under way; another one waits
     std::uint32_t waitingInputBlocks = 0;

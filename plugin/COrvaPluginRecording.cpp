@@ -192,7 +192,7 @@ void COrvaPlugin::StartPlayback() {
 
 void COrvaPlugin::StartAudioPlayback() {
     fileState = FileState::Playing;
-    RestartWaveOut(fileSampleRate);
+    ReopenWaveOut(&audio::CtbWaveOut::SetSampleRate, fileSampleRate);
     if (window) {
         window->SetSpectrumRate(fileSampleRate);
         window->SetAudioMode(true);
@@ -201,23 +201,6 @@ void COrvaPlugin::StartAudioPlayback() {
     if (stopWanted) {
         StopFile();
     }
-}
-
-/// Opens the output anew at another rate. The user's clicks are among the messages that run meanwhile: a
-/// start is refused, a stop waits.
-void COrvaPlugin::RestartWaveOut(std::uint32_t rate) {
-    stopWanted = false;
-    if (!waveOut) {
-        return;
-    }
-    restartingOutput = true;
-    waveOut->Stop();
-    toolkit::TmyApplication::ProcessPendingMessages();
-    waveOut->Close();
-    toolkit::TmyApplication::ProcessPendingMessages();
-    waveOut->SetSampleRate(rate);
-    waveOut->Start();
-    restartingOutput = false;
 }
 
 /// Frames do not go on across a jump in the samples.
@@ -328,7 +311,7 @@ void COrvaPlugin::StopFile() {
     fileState = FileState::Idle;
     pauseFlags = 0;
     if (fileIsAudio && waveOut && waveOut->GetSampleRate() != audioSampleRate) {
-        RestartWaveOut(audioSampleRate);
+        ReopenWaveOut(&audio::CtbWaveOut::SetSampleRate, audioSampleRate);
     }
     fileIsAudio = false;
     if (playsNext) {

@@ -13,6 +13,9 @@ namespace orva::toolkit {
 constexpr UINT kRepeatDelay = 500;
 constexpr UINT kRepeatInterval = 50;
 
+/// Around a button's text, in its natural size [pixels].
+constexpr SIZE kButtonPadding{4, 1};
+
 /// Follows the mouse, Return and Space, and tells presses from clicks. `Base` is what the button is drawn by.
 ///
 /// | state   | begins                                      | ends                                          |
@@ -37,6 +40,12 @@ public:
     [[nodiscard]] bool IsDown() const { return down; }
     [[nodiscard]] bool IsPressed() const { return pressed; }
     [[nodiscard]] bool LooksSunken() const { return down || pressed; }
+    /// Where the contents are drawn: they move with the face.
+    [[nodiscard]] RECT ContentPlace(RECT area) const {
+        const int offset = LooksSunken() ? 1 : 0;
+        OffsetRect(&area, offset, offset);
+        return area;
+    }
 
     /// Latches or releases; no click is fired. Compares first.
     virtual void SetDown(bool newDown) {

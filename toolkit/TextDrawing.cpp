@@ -48,6 +48,15 @@ SIZE MeasureText(HDC dc, HFONT font, const char* text) {
     return MeasureSelected(dc, text);
 }
 
+SIZE MeasureText(HFONT font, const char* text) {
+    SIZE size{0, 0};
+    if (const HDC screen = ::GetDC(nullptr)) {
+        size = MeasureText(screen, font, text);
+        ::ReleaseDC(nullptr, screen);
+    }
+    return size;
+}
+
 RECT PlaceText(const SIZE& size, const RECT& area, std::uint32_t alignment) {
     const LONG width = area.right - area.left;
     const LONG height = area.bottom - area.top;

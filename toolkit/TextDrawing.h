@@ -45,6 +45,9 @@ struct TextLook {
 /// Width and height of a text of one or more lines [pixels]; (0, 0) for an empty one.
 [[nodiscard]] SIZE MeasureText(HDC dc, HFONT font, const char* text);
 
+/// The same for the screen, where there is no context to draw on at hand.
+[[nodiscard]] SIZE MeasureText(HFONT font, const char* text);
+
 /// Where a text of this size stands in `area`. A text wider than the area begins at its left edge and ends at
 /// its right; one that is higher may pass both the top and the bottom.
 [[nodiscard]] RECT PlaceText(const SIZE& size, const RECT& area, std::uint32_t alignment);

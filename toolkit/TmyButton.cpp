@@ -10,16 +10,7 @@
 
 namespace orva::toolkit {
 
-namespace {
-
-constexpr SIZE kPadding{4, 1}; ///< around the text, in its natural size
-
-RECT Moved(RECT area, int offset) {
-    OffsetRect(&area, offset, offset);
-    return area;
-}
-
-} // namespace
+namespace {} // namespace
 
 TmyButton::TmyButton(TmyControl* parentControl, const char* text, const Placement& placement,
                      DWORD windowStyle, DWORD extendedStyle)
@@ -192,11 +183,11 @@ COLORREF TmyButton::ContentColor() const {
 }
 
 TmyPanel::TitlePlace TmyButton::PlaceTitle(const RECT& area) const {
-    return {Moved(area, LooksSunken() ? 1 : 0), ContentColor()};
+    return {ContentPlace(area), ContentColor()};
 }
 
 SIZE TmyButton::Padding() const {
-    return kPadding;
+    return kButtonPadding;
 }
 
 void TmyButton::OnPaint(HDC dc) {
@@ -209,14 +200,14 @@ void TmyButton::OnDrawBackground(HDC dc, const RECT& area) {
 }
 
 void TmyButton::OnDrawContent(HDC dc, const RECT& area) {
-    const RECT place = Moved(area, LooksSunken() ? 1 : 0);
+    const RECT place = ContentPlace(area);
     PressLogic<TmyPanel>::OnDrawContent(dc, place);
     DrawArrow(dc, glyph, (place.left + place.right - glyphSize) / 2,
               (place.top + place.bottom - glyphSize) / 2, glyphSize, ContentColor());
 }
 
 void TmyButton::OnDrawFocus(HDC dc, const RECT& area) {
-    DrawFocusMark(dc, Moved(area, LooksSunken() ? 1 : 0));
+    DrawFocusMark(dc, ContentPlace(area));
 }
 
 } // namespace orva::toolkit

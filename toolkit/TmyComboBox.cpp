@@ -4,8 +4,10 @@
 #include "toolkit/FocusMark.h"
 #include "toolkit/FrameDrawing.h"
 #include "toolkit/TmyApplication.h"
+#include "toolkit/TmyPopupFocus.h"
 #include "toolkit/Tmy_Btn.h"
 #include "toolkit/TypeRegistry.h"
+#include "toolkit/WorkArea.h"
 
 #include <algorithm>
 #include <memory>
@@ -26,14 +28,6 @@ constexpr DWORD kListExtendedStyle = WS_EX_TOOLWINDOW | WS_EX_TOPMOST;
 constexpr DWORD kSamePress = 100;
 
 constexpr LPARAM kAltHeld = 0x20000000; ///< among the flags of a key
-
-/// Area of the monitor that windows may cover.
-RECT WorkAreaAt(HWND window) {
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof monitor;
-    GetMonitorInfoA(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor);
-    return monitor.rcWork;
-}
 
 } // namespace
 
@@ -59,7 +53,7 @@ public:
 
     void OnFocusChange(bool gained) override {
         const LifeGuard life(this);
-        if (!gained && IsOpenPopup()) {
+        if (!gained && IsPopupOpen(this)) {
             box->OnListFocusLost();
         }
         if (life.IsAlive()) {
@@ -68,16 +62,6 @@ public:
     }
 
 private:
-    [[nodiscard]] bool IsOpenPopup() const {
-        const auto& popups = Application().popupList;
-        for (std::int32_t index = 0; index < popups.Count(); ++index) {
-            if (popups.Get(index)->popup == this) {
-                return true;
-            }
-        }
-        return false;
-    }
-
     TmyComboBox* box;
 };
 
@@ -99,7 +83,7 @@ TmyComboBox::TmyComboBox(TmyControl* parentControl, const Placement& placement)
 }
 
 TmyComboBox::~TmyComboBox() {
-    ForgetPopup();
+    ForgetPopups(this);
     if (list != nullptr) {
         list->onDestroy.Clear();
         delete list; // it knows this object as what it is
@@ -107,7 +91,7 @@ TmyComboBox::~TmyComboBox() {
 }
 
 void TmyComboBox::OnListDestroyed(TmyControl* /*sender*/) {
-    ForgetPopup();
+    ForgetPopups(this);
     list = nullptr;
     isOpen = false;
 }
@@ -171,7 +155,7 @@ void TmyComboBox::Open() {
         return;
     }
     isOpen = true;
-    Application().popupList.Add(std::make_unique<TmyPopupFocus>(TmyPopupFocus{list, this}));
+    RememberPopup(list, this);
     button->SetDown(true);
     PlaceList();
     list->Select(selected, false);
@@ -190,7 +174,7 @@ void TmyComboBox::Close() {
     const LifeGuard life(this);
     const bool hadFocus = list->HasFocus();
     // The loss of the focus, which comes before the list is hidden, is not to close it once more.
-    ForgetPopup();
+    ForgetPopups(this);
     if (hadFocus) {
         SetFocus();
     }
@@ -202,7 +186,7 @@ void TmyComboBox::Close() {
 void TmyComboBox::OnListFocusLost() {
     closedByFocus = true;
     closedAt = GetTickCount();
-    ForgetPopup();
+    ForgetPopups(this);
     Hide();
 }
 
@@ -212,15 +196,6 @@ void TmyComboBox::Hide() {
     if (list != nullptr) {
         list->SetVisible(false);
         list->Select(selected, false);
-    }
-}
-
-void TmyComboBox::ForgetPopup() {
-    auto& popups = Application().popupList;
-    for (std::int32_t index = popups.Count() - 1; index >= 0; --index) {
-        if (popups.Get(index)->owner == this) {
-            popups.Remove(index);
-        }
     }
 }
 

@@ -81,7 +81,6 @@ private:
 
     [[nodiscard]] RECT TextArea(const RECT& area) const;
     void PlaceList();
-    void ForgetPopup();
     void Toggle();
     void Hide();
     void MoveSelection(std::int32_t lines);

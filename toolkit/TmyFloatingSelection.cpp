@@ -5,7 +5,9 @@
 #include "toolkit/TextDrawing.h"
 #include "toolkit/TmyApplication.h"
 #include "toolkit/TmyIntEdit.h"
+#include "toolkit/TmyPopupFocus.h"
 #include "toolkit/TypeRegistry.h"
+#include "toolkit/WorkArea.h"
 
 #include <algorithm>
 #include <memory>
@@ -23,13 +25,6 @@ constexpr int kLeastHandle = 8; // [pixels]
 constexpr int kHandleBorder = 2;
 constexpr int kTextGap = 4;
 
-RECT WorkAreaAt(HWND window) {
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof monitor;
-    GetMonitorInfoA(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor);
-    return monitor.rcWork;
-}
-
 } // namespace
 
 TmyFloatingSelection::TmyFloatingSelection(TmyIntEdit* owner, int rows, int height)
@@ -42,7 +37,7 @@ TmyFloatingSelection::TmyFloatingSelection(TmyIntEdit* owner, int rows, int heig
 }
 
 TmyFloatingSelection::~TmyFloatingSelection() {
-    Unregister();
+    ForgetPopups(this);
 }
 
 // --- numbers -----------------------------------------------------------------------------------------------
@@ -87,7 +82,7 @@ void TmyFloatingSelection::Open() {
     GetWindowRect(entry->Window(), &box);
     const RECT place = Place(box, WindowSize(), WorkAreaAt(entry->Window()));
     SetBounds(place.left, place.top, place.right - place.left, place.bottom - place.top);
-    Register();
+    RememberPopup(this, entry);
     SetVisible(true);
 }
 
@@ -95,33 +90,14 @@ void TmyFloatingSelection::Close() {
     if (!IsOpen()) {
         return;
     }
-    Unregister();
+    ForgetPopups(this);
     pressed = false;
     dragging = false;
     SetVisible(false);
 }
 
 bool TmyFloatingSelection::IsOpen() const {
-    const auto& popups = Application().popupList;
-    for (std::int32_t index = 0; index < popups.Count(); ++index) {
-        if (popups.Get(index)->popup == this) {
-            return true;
-        }
-    }
-    return false;
-}
-
-void TmyFloatingSelection::Register() {
-    Application().popupList.Add(std::make_unique<TmyPopupFocus>(TmyPopupFocus{this, entry}));
-}
-
-void TmyFloatingSelection::Unregister() {
-    auto& popups = Application().popupList;
-    for (std::int32_t index = popups.Count() - 1; index >= 0; --index) {
-        if (popups.Get(index)->popup == this) {
-            popups.Remove(index);
-        }
-    }
+    return IsPopupOpen(this);
 }
 
 bool TmyFloatingSelection::TakesInput() const {

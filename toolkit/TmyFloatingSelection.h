@@ -81,8 +81,6 @@ protected:
     [[nodiscard]] RECT InnerRect() const;
 
 private:
-    void Register();
-    void Unregister();
     [[nodiscard]] int RowAt(int x, int y) const;
     [[nodiscard]] int LastTopRow() const;
     void SetTopRow(int row);

@@ -1,6 +1,7 @@
 #include "toolkit/TmyIntEdit.h"
 
 #include "toolkit/TmyApplication.h"
+#include "toolkit/TmyPopupFocus.h"
 #include "toolkit/TypeRegistry.h"
 
 namespace orva::toolkit {
@@ -269,13 +270,7 @@ void TmyIntEdit::EnterValue(std::int64_t newValue) {
 // --- the pop-up --------------------------------------------------------------------------------------------
 
 TmyComponent* TmyIntEdit::OpenPopup() const {
-    const auto& popups = Application().popupList;
-    for (std::int32_t index = 0; index < popups.Count(); ++index) {
-        if (popups.Get(index)->owner == this) {
-            return popups.Get(index)->popup;
-        }
-    }
-    return nullptr;
+    return OpenPopupOf(this);
 }
 
 /// The entry has the focus for its pop-up: what the one loses, the other does.

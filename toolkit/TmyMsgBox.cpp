@@ -5,6 +5,7 @@
 #include "toolkit/TmyPanel.h"
 #include "toolkit/Tmy_Btn2.h"
 #include "toolkit/TypeRegistry.h"
+#include "toolkit/WorkArea.h"
 
 #include <algorithm>
 #include <string>
@@ -82,20 +83,13 @@ std::string BreakLines(std::string_view text, int width, const TextMeasure& meas
     }
 }
 
-SIZE MeasureOnScreen(HFONT font, const char* text) {
-    const HDC screen = ::GetDC(nullptr);
-    const SIZE size = MeasureText(screen, font, text);
-    ::ReleaseDC(nullptr, screen);
-    return size;
-}
-
 /// Width of a title with the room that the caption needs around it.
 int CaptionWidth(const char* title) {
     NONCLIENTMETRICSA metrics{};
     metrics.cbSize = sizeof metrics;
     SystemParametersInfoA(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
     const HFONT font = CreateFontIndirectA(&metrics.lfCaptionFont);
-    const int width = static_cast<int>(MeasureOnScreen(font, title).cx);
+    const int width = static_cast<int>(MeasureText(font, title).cx);
     DeleteObject(font);
     return width + 2 * kMargin;
 }
@@ -238,7 +232,7 @@ void TmyMsgBox::LayOut(const char* text) {
     const HFONT textFont = panel->EffectiveFont();
     const std::string lines = BreakLines(text, screenWidth / kScreenPart, TextMeasure(textFont));
     panel->SetText(lines.c_str());
-    const SIZE textSize = MeasureOnScreen(textFont, lines.c_str());
+    const SIZE textSize = MeasureText(textFont, lines.c_str());
     const SIZE button = ButtonSize();
     const int row = buttonCount * static_cast<int>(button.cx) + (buttonCount - 1) * kButtonGap;
     const int width = std::max({static_cast<int>(textSize.cx) + 2 * kMargin, row + 2 * kMargin,
@@ -262,10 +256,7 @@ void TmyMsgBox::PlaceButtons(const SIZE& size, int rowWidth, int top) {
 /// In the middle of the owner as far as the monitor has room, or of the monitor if the owner is not on show.
 void TmyMsgBox::CentreOnOwner() {
     const HWND owner = OwnerWindow();
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof monitor;
-    GetMonitorInfoA(MonitorFromWindow(owner != nullptr ? owner : window, MONITOR_DEFAULTTOPRIMARY), &monitor);
-    const RECT& work = monitor.rcWork;
+    const RECT work = WorkAreaAt(owner != nullptr ? owner : window);
     RECT around = work;
     if (owner != nullptr && IsWindowVisible(owner) != 0 && IsIconic(owner) == 0) {
         GetWindowRect(owner, &around);

@@ -39,11 +39,7 @@ void TmyPanel::SetTextAlignment(std::uint32_t alignmentCode) {
 }
 
 SIZE TmyPanel::NaturalSize() const {
-    SIZE size{0, 0};
-    if (const HDC screen = ::GetDC(nullptr)) {
-        size = MeasureText(screen, EffectiveFont(), GetText().Text());
-        ::ReleaseDC(nullptr, screen);
-    }
+    SIZE size = MeasureText(EffectiveFont(), GetText().Text());
     if (picture != nullptr) {
         size.cx = std::max<LONG>(size.cx, picture->Width());
         size.cy = std::max<LONG>(size.cy, picture->Height());

@@ -12,4 +12,13 @@ struct TmyPopupFocus {
     TmyControl* owner;   ///< the control that opened it
 };
 
+/// Enters a pop-up into the application's list.
+void RememberPopup(TmyComponent* popup, TmyControl* owner);
+/// Takes the pop-ups from the list that a control is, or has opened.
+void ForgetPopups(const TmyControl* popupOrOwner);
+/// Whether a pop-up is in the list.
+[[nodiscard]] bool IsPopupOpen(const TmyComponent* popup);
+/// The first open pop-up of a control; null if it has none.
+[[nodiscard]] TmyComponent* OpenPopupOf(const TmyControl* owner);
+
 } // namespace orva::toolkit

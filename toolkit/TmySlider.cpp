@@ -118,14 +118,10 @@ SIZE TmySlider::KnobSize() const {
 
 /// What the number takes of the control; nothing if it is not shown.
 SIZE TmySlider::ValueRoom() const {
-    SIZE room{0, 0};
     if (!valueShown) {
-        return room;
+        return {0, 0};
     }
-    if (const HDC screen = ::GetDC(nullptr)) {
-        room = MeasureText(screen, EffectiveFont(), WidestLike(value).c_str());
-        ::ReleaseDC(nullptr, screen);
-    }
+    const SIZE room = MeasureText(EffectiveFont(), WidestLike(value).c_str());
     return {room.cx + kValueGap, room.cy + kValueGap};
 }
 

@@ -11,13 +11,6 @@ namespace orva::toolkit {
 
 namespace {
 
-constexpr SIZE kPadding{4, 1}; ///< around the text, in its natural size
-
-RECT Moved(RECT area, int offset) {
-    OffsetRect(&area, offset, offset);
-    return area;
-}
-
 /// Three fifths of the area's shorter side, and as odd or even as it, so that the arrow has the same room on
 /// both sides.
 int FittingArrowSize(const RECT& area) {
@@ -57,13 +50,9 @@ void Tmy_Btn::SetArrow(ArrowGlyph newGlyph, int size) {
 }
 
 SIZE Tmy_Btn::NaturalSize() const {
-    SIZE size{0, 0};
-    if (const HDC screen = ::GetDC(nullptr)) {
-        size = MeasureText(screen, EffectiveFont(), text.Text());
-        ::ReleaseDC(nullptr, screen);
-    }
+    const SIZE size = MeasureText(EffectiveFont(), text.Text());
     const auto border = static_cast<int>(GetStyleValue(StyleValue::BorderWidth));
-    return {size.cx + 2 * (border + kPadding.cx), size.cy + 2 * (border + kPadding.cy)};
+    return {size.cx + 2 * (border + kButtonPadding.cx), size.cy + 2 * (border + kButtonPadding.cy)};
 }
 
 // --- look --------------------------------------------------------------------------------------------------
@@ -126,21 +115,21 @@ void Tmy_Btn::OnDrawBackground(HDC dc, const RECT& area) {
 
 void Tmy_Btn::OnDrawContent(HDC dc, const RECT& area) {
     const int size = glyphSize != 0 ? glyphSize : FittingArrowSize(area);
-    const RECT place = Moved(area, LooksSunken() ? 1 : 0);
+    const RECT place = ContentPlace(area);
     DrawArrow(dc, glyph, (place.left + place.right - size) / 2, (place.top + place.bottom - size) / 2, size,
               ContentColor());
 }
 
 void Tmy_Btn::OnDrawFocus(HDC dc, const RECT& area) {
     if (HasState(ControlState::Focusable)) {
-        DrawFocusMark(dc, Moved(area, LooksSunken() ? 1 : 0));
+        DrawFocusMark(dc, ContentPlace(area));
     }
 }
 
 void Tmy_Btn::DrawTitle(HDC dc, const RECT& area) const {
     const TextLook look{EffectiveFont(), ContentColor(), GetStyleValue(StyleValue::WindowColor),
                         static_cast<std::int32_t>(GetStyleValue(StyleValue::Shadow))};
-    DrawAlignedText(dc, text.Text(), Moved(area, LooksSunken() ? 1 : 0), textAlignment, look);
+    DrawAlignedText(dc, text.Text(), ContentPlace(area), textAlignment, look);
 }
 
 } // namespace orva::toolkit

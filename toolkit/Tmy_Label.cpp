@@ -29,11 +29,7 @@ void Tmy_Label::SetTextAlignment(std::uint32_t alignmentCode) {
 }
 
 SIZE Tmy_Label::NaturalSize() const {
-    SIZE size{0, 0};
-    if (const HDC screen = ::GetDC(nullptr)) {
-        size = MeasureText(screen, EffectiveFont(), text.Text());
-        ::ReleaseDC(nullptr, screen);
-    }
+    const SIZE size = MeasureText(EffectiveFont(), text.Text());
     return {size.cx + 2 * kGlyphOverhang, size.cy};
 }
 

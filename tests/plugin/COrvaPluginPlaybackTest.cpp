@@ -701,6 +701,42 @@ TEST_F(PluginPlayback, NothingStartsBeforeAStopIsOver) {
     EXPECT_TRUE(IsRecording());
 }
 
+TEST_F(PluginPlayback, NothingStartsWhileTheOutputChangesItsDevice) {
+    waveOut.deviceNames = {"First", "Second"};
+    StartAtRate(48000);
+    const std::string path = folder.Write("x.wav", test::FileBytes(AtRate(8000), Ramp(9000)));
+    Plugin().SelectFile(path.c_str());
+    panel.Take();
+    int walked = 0;
+    spectrum.notch = [&](float*, std::uint32_t) {
+        ++walked;
+        Plugin().StartPlayback();
+    };
+    waveIn.PostFilled(2 * kBlock);
+    Plugin().SetWaveOutDevice(1);
+    EXPECT_EQ(walked, 1);
+    EXPECT_TRUE(IsIdle());
+    EXPECT_EQ(waveOut.openings.back().deviceId, 1U);
+    EXPECT_EQ(Inside().WaveOut()->GetSampleRate(), 16000U);
+    spectrum.notch = nullptr;
+    Plugin().StartPlayback();
+    EXPECT_EQ(panel.Take(), Shown{"playing"});
+}
+
+TEST_F(PluginPlayback, AStopWhileTheOutputChangesItsDeviceWaitsForIt) {
+    waveOut.deviceNames = {"First", "Second"};
+    StartAtRate(48000);
+    RecordAudio("new");
+    ASSERT_TRUE(IsRecording());
+    spectrum.notch = [&](float*, std::uint32_t) { Plugin().StopFile(); };
+    waveIn.PostFilled(2 * kBlock);
+    log.Clear();
+    Plugin().SetWaveOutDevice(1);
+    EXPECT_TRUE(IsIdle());
+    EXPECT_EQ(log.calls, (Shown{"reset", "close", "open"}));
+    EXPECT_TRUE(Exists("new.wav"));
+}
+
 TEST_F(PluginPlayback, TheIndicatorGoesOutForAudio) {
     StartAtRate(48000);
     Inside().SetSignalIndicator(SignalIndicator::Digital);
