@@ -100,8 +100,7 @@ public:
     COrvaPlugin& operator=(const COrvaPlugin&) = delete;
     ~COrvaPlugin();
 
-    // --- the host (COrvaPluginHost.cpp)
-    // --------------------------------------------------------------------------
+    // --- the host (COrvaPluginHost.cpp) --------------------------------------------------------------------
 
     [[nodiscard]] WindowHandle GetWindowHandle() const override { return windowHandle; }
     void SetHostCallback(ZemHostCallback callback) override { hostCallback = callback; }
@@ -116,8 +115,7 @@ public:
     void ClearSavedStreamValue() override { savedStreamValue = 0; }
     [[nodiscard]] bool IsInHostModeCall() const override { return inHostModeCall; }
 
-    // --- modes (COrvaPlugin.cpp)
-    // ---------------------------------------------------------------------------------
+    // --- modes (COrvaPlugin.cpp) ---------------------------------------------------------------------------
 
     void SetDemodulationMode(std::int32_t mode) override;
     void SetProcessingRate(std::uint32_t rate, bool force);
@@ -136,8 +134,7 @@ public:
     /// Host power: 0 processes no samples and disables the window.
     void SetPower(bool isOn) override;
 
-    // --- squelch (COrvaPluginSquelch.cpp)
-    // ------------------------------------------------------------------------
+    // --- squelch (COrvaPluginSquelch.cpp) ------------------------------------------------------------------
 
     void SetSelectiveSquelchMask(std::uint32_t mask);
     void SetSelectiveSquelchValue(std::uint32_t bit, std::uint32_t value);
@@ -146,8 +143,7 @@ public:
     void SetReceiverFrequency(std::uint32_t hertz) override;
     void SetScanner(std::uint32_t isOn) override;
 
-    // --- recording and playback (COrvaPluginRecording.cpp)
-    // -------------------------------------------------------
+    // --- recording and playback (COrvaPluginRecording.cpp) -------------------------------------------------
 
     /// While idle, looks at the file and tells the window whether it can be played; otherwise only shows the
     /// file under way once more.
@@ -161,8 +157,7 @@ public:
     void SetPauseUnderSquelch(std::int32_t isOn) override;
     void SetPauseNoOrva(std::int32_t isOn) override;
 
-    // --- samples (COrvaPluginPipeline.cpp, COrvaPluginReceiver.cpp)
-    // ----------------------------------------------
+    // --- samples (COrvaPluginPipeline.cpp, COrvaPluginReceiver.cpp) ----------------------------------------
 
     /// Takes a block of input through all stages.
     ///
