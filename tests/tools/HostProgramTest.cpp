@@ -251,6 +251,7 @@ TEST_F(HostProgramTest, CountsWhatItHolds) {
     EXPECT_GT(last["windows"], 0) << "its own";
     EXPECT_GT(last["graphicsObjects"], 0);
     EXPECT_GT(last["heapBlocks"], 0);
+    EXPECT_GT(last["threads"], 0);
     EXPECT_GT(last["memory"], 65536);
 }
 

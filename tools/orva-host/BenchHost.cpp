@@ -403,6 +403,7 @@ void BenchHost::WriteResources(std::uint32_t cycle) {
                                      {"windows", held.windows},
                                      {"graphicsObjects", held.graphicsObjects},
                                      {"heapBlocks", held.heapBlocks},
+                                     {"threads", held.threads},
                                      {"memory", held.memory}});
 }
 

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <vector>
-#include <windows.h>
+// clang-format off
+#include <windows.h> // what tlhelp32.h needs and does not include
+#include <tlhelp32.h>
+// clang-format on
 
 namespace orva::tools {
 
@@ -34,6 +37,19 @@ int CountGraphicsObjects() {
     for (std::uintptr_t value = 1; value < kMost; ++value) {
         count += GetObjectType(reinterpret_cast<HGDIOBJ>(value)) != 0 ? 1 : 0;
     }
+    return count;
+}
+
+int CountThreads() {
+    const HANDLE threads = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0); // the whole system's
+    THREADENTRY32 thread{};
+    thread.dwSize = sizeof thread;
+    int count = 0;
+    for (BOOL isThere = Thread32First(threads, &thread); isThere != FALSE;
+         isThere = Thread32Next(threads, &thread)) {
+        count += thread.th32OwnerProcessID == GetCurrentProcessId() ? 1 : 0;
+    }
+    CloseHandle(threads);
     return count;
 }
 
@@ -75,6 +91,7 @@ ProcessResources ProcessResources::Count() {
     resources.handles = CountHandles();
     EnumThreadWindows(GetCurrentThreadId(), CountWithChildren, reinterpret_cast<LPARAM>(&resources.windows));
     resources.graphicsObjects = CountGraphicsObjects();
+    resources.threads = CountThreads();
     resources.memory = SumMemory();
     resources.heapBlocks = CountHeapBlocks();
     return resources;

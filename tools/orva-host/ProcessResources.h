@@ -11,7 +11,8 @@ struct ProcessResources {
     int windows = 0;          ///< of this thread, those inside others included
     int graphicsObjects = 0;  ///< pens, bitmaps, device contexts, ...
     int heapBlocks = 0;       ///< in use, of all heaps of the process
-    std::uint64_t memory = 0; ///< private and committed [bytes]
+    int threads = 0;          ///< running, the platform's own included
+    std::uint64_t memory = 0; ///< private and committed, stacks included [bytes]
 
     /// Takes some tenths of a second.
     static ProcessResources Count();
