@@ -1,5 +1,6 @@
 #include "tests/toolkit/WidgetSupport.h"
 
+#include "toolkit/Colors.h"
 #include "toolkit/TmyBitmap24.h"
 
 #include <algorithm>
@@ -49,16 +50,35 @@ WidgetTest::~WidgetTest() {
 
 // --- pictures ----------------------------------------------------------------------------------------------
 
-Snapshot::Snapshot(TmyComponent& component)
-    : Snapshot(component, {0, 0, component.GetClientWidth(), component.GetClientHeight()}) {}
+namespace {
 
-Snapshot::Snapshot(TmyComponent& component, const RECT& part)
-    : width(static_cast<int>(part.right - part.left)), height(static_cast<int>(part.bottom - part.top)) {
+/// A window's context: of its client area, or of all of it.
+class ShownContext {
+public:
+    enum class Part { Client, Whole };
+    ShownContext(HWND shownWindow, Part part)
+        : window(shownWindow), dc(part == Part::Client ? ::GetDC(shownWindow) : GetWindowDC(shownWindow)) {}
+    ~ShownContext() { ::ReleaseDC(window, dc); }
+    ShownContext(const ShownContext&) = delete;
+    ShownContext& operator=(const ShownContext&) = delete;
+    [[nodiscard]] HDC Get() const { return dc; }
+
+private:
+    HWND window;
+    HDC dc;
+};
+
+HWND Updated(TmyComponent& component) {
     component.Update();
+    return component.Window();
+}
+
+} // namespace
+
+Snapshot::Snapshot(HDC source, int left, int top, int pictureWidth, int pictureHeight)
+    : width(pictureWidth), height(pictureHeight) {
     TmyBitmap24 copy(width, height);
-    const HDC dc = ::GetDC(component.Window());
-    BitBlt(copy.GetDC(), 0, 0, width, height, dc, part.left, part.top, SRCCOPY);
-    ::ReleaseDC(component.Window(), dc);
+    BitBlt(copy.GetDC(), 0, 0, width, height, source, left, top, SRCCOPY);
     GdiFlush();
     for (int y = 0; y < height; ++y) {
         const std::uint8_t* row = copy.GetRow(y);
@@ -66,6 +86,40 @@ Snapshot::Snapshot(TmyComponent& component, const RECT& part)
             pixels.push_back(RGB(row[3 * x + 2], row[3 * x + 1], row[3 * x]));
         }
     }
+}
+
+Snapshot::Snapshot(TmyComponent& component)
+    : Snapshot(component, {0, 0, component.GetClientWidth(), component.GetClientHeight()}) {}
+
+Snapshot::Snapshot(TmyComponent& component, const RECT& part)
+    : Snapshot(ShownContext(Updated(component), ShownContext::Part::Client).Get(), part.left, part.top,
+               part.right - part.left, part.bottom - part.top) {}
+
+Snapshot Snapshot::OfWindow(const TmyComponent& component) {
+    RECT place{};
+    GetWindowRect(component.Window(), &place);
+    const ShownContext context(component.Window(), ShownContext::Part::Whole);
+    return {context.Get(), 0, 0, static_cast<int>(place.right - place.left),
+            static_cast<int>(place.bottom - place.top)};
+}
+
+Snapshot Snapshot::Drawn(int width, int height, COLORREF paper, const std::function<void(HDC)>& draw) {
+    TmyBitmap24 sheet(width, height);
+    FillSolid(sheet.GetDC(), {0, 0, width, height}, paper);
+    draw(sheet.GetDC());
+    return {sheet.GetDC(), 0, 0, width, height};
+}
+
+int Snapshot::Differences(const RECT& area, const Snapshot& other) const {
+    EXPECT_TRUE(area.right - area.left == other.width && area.bottom - area.top == other.height)
+        << "pictures of different sizes";
+    int count = 0;
+    for (int y = 0; y < other.height; ++y) {
+        for (int x = 0; x < other.width; ++x) {
+            count += At(static_cast<int>(area.left) + x, static_cast<int>(area.top) + y) != other.At(x, y);
+        }
+    }
+    return count;
 }
 
 COLORREF Snapshot::At(int x, int y) const {

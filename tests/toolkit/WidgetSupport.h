@@ -36,6 +36,11 @@ public:
     explicit Snapshot(TmyComponent& component);
     /// A part of a window, for a control without one.
     Snapshot(TmyComponent& component, const RECT& part);
+    /// The whole window, what is not its client area included, as it is on the screen now.
+    [[nodiscard]] static Snapshot OfWindow(const TmyComponent& component);
+    /// What `draw` makes of an area filled with `paper`: to compare a widget with.
+    [[nodiscard]] static Snapshot Drawn(int width, int height, COLORREF paper,
+                                        const std::function<void(HDC)>& draw);
 
     [[nodiscard]] int Width() const { return width; }
     [[nodiscard]] int Height() const { return height; }
@@ -48,8 +53,12 @@ public:
     /// without any.
     [[nodiscard]] RECT BoxOfOther(const RECT& area, COLORREF background) const;
     [[nodiscard]] RECT Whole() const { return {0, 0, width, height}; }
+    /// Pixels of `area` that are not as in another picture, which has the size of that area.
+    [[nodiscard]] int Differences(const RECT& area, const Snapshot& other) const;
 
 private:
+    Snapshot(HDC source, int left, int top, int pictureWidth, int pictureHeight);
+
     int width;
     int height;
     std::vector<COLORREF> pixels;
