@@ -10,8 +10,6 @@
 
 namespace orva::toolkit {
 
-namespace {} // namespace
-
 TmyButton::TmyButton(TmyControl* parentControl, const char* text, const Placement& placement,
                      DWORD windowStyle, DWORD extendedStyle)
     : PressLogic<TmyPanel>(parentControl, text, placement, windowStyle, extendedStyle) {
