@@ -47,7 +47,9 @@ TmyEdit::TmyEdit(TmyControl* parentControl, const char* text, const Placement& p
                  DWORD extendedStyle)
     : TmyComponent(parentControl, "", WS_CHILD, 0, placement) {
     RegisterType(this, TypeId::Edit, "Edit");
-    TakePlatformClass("EDIT", text != nullptr ? text : "", windowStyle | WS_CHILD, extendedStyle);
+    // Beside a border of its own the platform's class would keep its text away from it.
+    TakePlatformClass("EDIT", text != nullptr ? text : "", (windowStyle & ~WS_BORDER) | WS_CHILD,
+                      extendedStyle & ~DWORD{WS_EX_CLIENTEDGE});
     SetMargins();
     RecalculateFrame();
 }

@@ -26,7 +26,7 @@ class TmyEdit : public TmyComponent {
 public:
     /// \param text          at the start; copied, null is empty
     /// \param placement     outer rectangle [pixels]
-    /// \param windowStyle   of the platform's class; a border among it changes nothing
+    /// \param windowStyle, extendedStyle  of the platform's class, without whatever border is among them
     TmyEdit(TmyControl* parent, const char* text, const Placement& placement, DWORD windowStyle = kEditStyle,
             DWORD extendedStyle = 0);
 

@@ -1,4 +1,6 @@
 #include "tests/toolkit/EntrySupport.h"
+#include "toolkit/FrameDrawing.h"
+#include "toolkit/TextDrawing.h"
 #include "toolkit/TypeRegistry.h"
 
 namespace orva::toolkit {
@@ -154,6 +156,58 @@ TEST_F(EditTest, DrawsASunkenFrame) {
     EXPECT_EQ(CountPixels(edit, {0, 0, 120, kFrame}, edit.GetStyleValue(StyleValue::BackColor)), 0);
 }
 
+TEST_F(EditTest, FrameIsOfStyle3OrOfStyle7WhenGreyInItsColours) {
+    edit.SetStyleValue(StyleValue::WindowColor, 0x806040, true);
+    for (const std::uint32_t brightness : {100u, 140u}) {
+        edit.SetStyleValue(StyleValue::Brightness, brightness);
+        for (const bool grey : {false, true}) {
+            edit.SetGrey(grey);
+            PaintNow(edit);
+            const Snapshot shown = Snapshot::OfWindow(edit);
+            const Snapshot frame = Snapshot::Drawn(120, 20, 0, [&](HDC dc) {
+                DrawFrame(dc, {0, 0, 120, 20}, grey ? 7 : 3, kFrame, 0x806040, static_cast<int>(brightness));
+            });
+            for (int y = 0; y < 20; ++y) {
+                for (int x = 0; x < 120; ++x) {
+                    if (x < kFrame || y < kFrame || x >= 120 - kFrame || y >= 20 - kFrame) {
+                        ASSERT_EQ(shown.At(x, y), frame.At(x, y)) << x << ", " << y << (grey ? ", grey" : "");
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST_F(EditTest, ABorderOfThePlatformChangesNothing) {
+    TmyEdit bordered(&top, "text", {10, 50, 120, 20}, kEditStyle | WS_BORDER, WS_EX_CLIENTEDGE);
+    EXPECT_EQ(ClientInWindow(bordered), ClientInWindow(edit));
+    PaintNow(edit);
+    PaintNow(bordered);
+    const Snapshot shown = Snapshot::OfWindow(bordered);
+    EXPECT_EQ(shown.Differences(shown.Whole(), Snapshot::OfWindow(edit)), 0);
+    // One that is given later has no room either: the toolkit alone says what the client area is.
+    const RECT before = ClientInWindow(edit);
+    SetWindowLongA(edit.Window(), GWL_EXSTYLE, WS_EX_CLIENTEDGE);
+    edit.SetUnitWidth(10);
+    edit.SetUnitWidth(0);
+    EXPECT_EQ(ClientInWindow(edit), before);
+}
+
+TEST_F(EditTest, TextIsInTheTextColourOnTheControlBackground) {
+    edit.SetStyleValue(StyleValue::BackColor, 0x402010, true);
+    edit.SetTextColor(0x00FFFF);
+    PaintNow(edit);
+    const Snapshot enabled(edit);
+    EXPECT_GT(enabled.Count(enabled.Whole(), 0x00FFFF), 10);
+    EXPECT_EQ(enabled.Count(enabled.Whole(), 0x00FFFF) + enabled.Count(enabled.Whole(), 0x402010),
+              enabled.Width() * enabled.Height());
+    edit.SetEnabled(false);
+    PaintNow(edit);
+    const Snapshot disabled(edit);
+    EXPECT_EQ(disabled.Count(disabled.Whole(), 0x00FFFF), 0);
+    EXPECT_EQ(disabled.CountOther(disabled.Whole(), 0x402010), enabled.CountOther(enabled.Whole(), 0x402010));
+}
+
 TEST_F(EditTest, HasAFainterFrameWhenGrey) {
     PaintNow(edit);
     const int sunken = GetRValue(PixelAt(edit, 60, 0));
@@ -207,6 +261,37 @@ TEST_F(EditTest, DrawsTheUnitInItsRoom) {
     edit.SetUnit("");
     PaintNow(edit);
     EXPECT_EQ(CountPixels(edit, strip, back), area);
+}
+
+TEST_F(EditTest, UnitStandsAtTheLeftOfItsRoomInTheMiddle) {
+    constexpr int kGap = 2; // after the text
+    const COLORREF back = edit.GetStyleValue(StyleValue::BackColor);
+    edit.SetUnitWidth(40);
+    edit.SetUnit("MHz");
+    PaintNow(edit);
+    const RECT strip{120 - kFrame - 40, kFrame, 120 - kFrame, 20 - kFrame};
+    const Snapshot expected = Snapshot::Drawn(40, 20 - 2 * kFrame, back, [&](HDC dc) {
+        DrawAlignedText(dc, "MHz", {kGap, 0, 40, 20 - 2 * kFrame}, 65,
+                        {edit.EffectiveFont(), edit.GetStyleValue(StyleValue::TextColor), back, 0});
+    });
+    EXPECT_EQ(Snapshot::OfWindow(edit).Differences(strip, expected), 0);
+}
+
+TEST_F(EditTest, ANewUnitRecalculatesTheNonClientArea) {
+    struct Hook {
+        void Note(TmyControl* /*sender*/, UINT message, WPARAM /*wParam*/, LPARAM /*lParam*/) {
+            count += message == WM_NCCALCSIZE ? 1 : 0;
+        }
+        int count = 0;
+    } hook;
+    edit.messageHook.Bind<&Hook::Note>(&hook);
+    edit.SetUnit("Hz");
+    EXPECT_EQ(hook.count, 1);
+    edit.SetUnitWidth(20);
+    EXPECT_EQ(hook.count, 2);
+    edit.SetUnit("Hz"); // compares first
+    edit.SetUnitWidth(20);
+    EXPECT_EQ(hook.count, 2);
 }
 
 TEST_F(EditTest, PaintsTheUnitWhenItChangesWithoutBeingAsked) {
