@@ -116,6 +116,16 @@ TEST_F(NumParamControlTest, Holds0UntilItHasARange) {
     EXPECT_EQ(changed.count, 0);
 }
 
+TEST_F(NumParamControlTest, ShowsTheNumberBeforeItTellsOfIt) {
+    SetRange(0, 31);
+    std::string shown;
+    changed.then = [&] { shown = Shown(); };
+    field.SetValue(12);
+    EXPECT_EQ(shown, "12");
+    field.SetMinimum(20);
+    EXPECT_EQ(shown, "20");
+}
+
 TEST_F(NumParamControlTest, TakesATypedNumber) {
     SetRange(-9999, 9999);
     Enter("-450");

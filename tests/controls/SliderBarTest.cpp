@@ -252,6 +252,8 @@ TEST_F(SliderBar, DisabledIsGreyAndTakesNoInput) {
     const Snapshot picture(*bar);
     EXPECT_EQ(picture.Count({0, 0, 100, 6}, 0x888888), 600);
     EXPECT_EQ(picture.Count({100, 0, 200, 6}, kTrack), 600);
+    bar->SetDisabledTextColor(0x112233);
+    EXPECT_EQ(Snapshot(*bar).Count({0, 0, 100, 6}, 0x112233), 600);
 }
 
 TEST_F(SliderBar, BeingDisabledOrLosingTheCaptureEndsTheDrag) {

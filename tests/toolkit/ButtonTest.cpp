@@ -185,6 +185,38 @@ TEST_F(Button, WithoutShowPressedItIsNeverPressedAndNeverClicks) {
     EXPECT_EQ(clicks.count, 0);
 }
 
+TEST_F(Button, WithoutShowPressedSpaceStillClicks) {
+    button->SetShowPressed(false);
+    KeyDown(*button, VK_SPACE);
+    EXPECT_TRUE(button->IsPressed());
+    KeyUp(*button, VK_SPACE);
+    EXPECT_EQ(clicks.count, 1);
+}
+
+TEST_F(Button, HasDoneAllElseOfAPressWhenItTellsOfIt) {
+    bool told = false;
+    presses.then = [&] {
+        told = true;
+        EXPECT_TRUE(button->IsPressed());
+        EXPECT_EQ(::GetFocus(), button->Window());
+        EXPECT_EQ(button->GetStyleValue(StyleValue::BorderStyle), 3u);
+        ASSERT_EQ(timers.Running().size(), 1u);
+        EXPECT_EQ(timers.Running()[0].id, 1u);
+    };
+    PressAt(*button, kInsideX, kInsideY);
+    EXPECT_TRUE(told);
+}
+
+TEST_F(Button, AMoveThatNoLongerHoldsTheButtonChangesNothing) {
+    PressAt(*button, kInsideX, kInsideY);
+    DragTo(*button, 200, 5);
+    Send(*button, WM_MOUSEMOVE, 0, Point(kInsideX, kInsideY));
+    EXPECT_FALSE(button->IsPressed());
+    DragTo(*button, kInsideX, kInsideY);
+    EXPECT_TRUE(button->IsPressed());
+    ReleaseAt(*button, kInsideX, kInsideY);
+}
+
 TEST_F(Button, TakesTheFocusAtAPressOnlyWithATabStop) {
     PressAt(*button, kInsideX, kInsideY);
     EXPECT_EQ(::GetFocus(), button->Window());
@@ -385,6 +417,15 @@ TEST_F(Button, SpacePressesAndClicksWhenItIsReleased) {
     EXPECT_TRUE(wasDownAtTheLatch);
     EXPECT_TRUE(button->IsDown());
     EXPECT_FALSE(button->IsPressed());
+    EXPECT_EQ(clicks.count, 1);
+}
+
+TEST_F(Button, EachRepeatOfSpaceIsAPressAndItsReleaseOneClick) {
+    for (int count = 1; count <= 3; ++count) {
+        KeyDown(*button, VK_SPACE);
+        EXPECT_EQ(presses.count, count);
+    }
+    KeyUp(*button, VK_SPACE);
     EXPECT_EQ(clicks.count, 1);
 }
 
@@ -672,6 +713,14 @@ TEST_F(Button, TextIsInTheTextColourTheDisabledOneOrThatOfADownButton) {
     EXPECT_EQ(counts(), (std::array<bool, 3>{false, true, false}));
     button->SetDown(false);
     EXPECT_EQ(counts(), (std::array<bool, 3>{false, true, false}));
+}
+
+TEST_F(Button, FaceIsDimmerWhenDisabled) {
+    button->SetText(TmyString(""), false);
+    button->SetWindowColor(RGB(100, 80, 40));
+    EXPECT_EQ(Snapshot(*button).CountOther(kInsideFrame, RGB(100, 80, 40)), 0);
+    button->SetEnabled(false);
+    EXPECT_EQ(Snapshot(*button).CountOther(kInsideFrame, RGB(75, 60, 30)), 0);
 }
 
 TEST_F(Button, DownTextColourFollowsTheTextColourUntilItIsSet) {

@@ -1,4 +1,7 @@
 #include "tests/toolkit/EntrySupport.h"
+#include "toolkit/Colors.h"
+#include "toolkit/FrameDrawing.h"
+#include "toolkit/TextDrawing.h"
 #include "toolkit/TmyFloatingSelection.h"
 #include "toolkit/TmyFloatingSelection2.h"
 #include "toolkit/TmyIntEdit.h"
@@ -279,6 +282,63 @@ TEST_F(FloatingSelectionTest, DrawsTheMarkedRowInSwappedColours) {
     EXPECT_NE(shown.At(static_cast<int>(handle.left) + 4, static_cast<int>(handle.top) + 8), back);
 }
 
+TEST_F(FloatingSelectionTest, RowsShowTheirNumbersAsTheEntryWould) {
+    struct Names {
+        void Format(TmyControl* /*sender*/, std::int64_t number, TmyString& text) {
+            text = number == 40 ? TmyString("forty") : text;
+        }
+    } names;
+    edit.onFormat.Bind<&Names::Format>(&names);
+    constexpr int kTextGap = 4;
+    const char* const texts[kRows] = {"20", "30", "forty", "50"};
+    real::MoveTo(1, 1); // a pointer over the list would mark a row
+    list.Open();
+    Wheel(list, -1);
+    ASSERT_EQ(list.GetTopRow(), 2);
+    ASSERT_EQ(list.GetMarked(), 3);
+    Settle(list);
+    const Snapshot shown(list);
+    const int width = static_cast<int>(list.HandleRect().left) - 1;
+    for (int row = 0; row < kRows; ++row) {
+        const COLORREF paper = row == 1 ? kWhite : kBlack;
+        const Snapshot expected = Snapshot::Drawn(width, kRow, paper, [&](HDC dc) {
+            DrawAlignedText(dc, texts[row], {kTextGap, 0, width, kRow}, 65,
+                            {list.EffectiveFont(), row == 1 ? kBlack : kWhite, paper, 0});
+        });
+        EXPECT_EQ(shown.Differences({1, 1 + row * kRow, 1 + width, 1 + (row + 1) * kRow}, expected), 0)
+            << "row " << row;
+    }
+}
+
+TEST_F(FloatingSelectionTest, HasAnOutline) {
+    list.Open();
+    Settle(list);
+    const Snapshot shown(list);
+    const RECT whole = shown.Whole();
+    const Snapshot frame = Snapshot::Drawn(shown.Width(), shown.Height(), 0, [&](HDC dc) {
+        DrawFrame(dc, whole, kFrameOutline, 1, list.GetStyleValue(StyleValue::WindowColor), 100);
+    });
+    for (int x = 0; x < shown.Width(); ++x) {
+        EXPECT_EQ(shown.At(x, 0), frame.At(x, 0)) << x;
+        EXPECT_EQ(shown.At(x, shown.Height() - 1), frame.At(x, shown.Height() - 1)) << x;
+    }
+}
+
+TEST_F(FloatingSelectionTest, DisabledItTakesNoInput) {
+    list.Open();
+    list.SetEnabled(false);
+    ASSERT_TRUE(list.IsOpen());
+    Send(list, WM_MOUSEMOVE, 0, Point(20, RowY(0)));
+    PressAt(list, 20, RowY(0));
+    ReleaseAt(list, 20, RowY(0));
+    Wheel(list, -1);
+    Key(edit, VK_DOWN);
+    EXPECT_EQ(list.GetMarked(), 3);
+    EXPECT_EQ(list.GetTopRow(), 1);
+    EXPECT_EQ(edit.GetValue(), 30);
+    EXPECT_TRUE(list.IsOpen());
+}
+
 TEST_F(FloatingSelectionTest, IsChosenFromByTheRealMouse) {
     list.Open();
     Settle(list);
@@ -516,6 +576,57 @@ TEST_F(DigitSelectionTest, DrawsADigitInTheMiddleRowOfEachColumn) {
         EXPECT_GT(shown.Count(middle, column < 4 ? text : faint), 3) << column;
         EXPECT_EQ(shown.Count(middle, column < 4 ? faint : text), 0) << column;
     }
+}
+
+/// What a column shows: the digits in a row each, one pixel higher for each that it has been turned by.
+Snapshot ColumnOf(const TmyFloatingSelection2& digits, int column, int digit, int turned, COLORREF paper) {
+    const RECT place = digits.ColumnRect(column);
+    const auto width = static_cast<int>(place.right - place.left);
+    return Snapshot::Drawn(width, 3 * kRow, paper, [&](HDC dc) {
+        FillSolid(dc, {0, kRow, width, 2 * kRow}, MixColors(kBlack, kWhite, 35)); // the middle row
+        for (int row = 0; row < 4; ++row) {
+            const std::string text = std::to_string((digit + row + 9) % 10);
+            DrawAlignedText(dc, text.c_str(), {0, row * kRow - turned, width, (row + 1) * kRow - turned}, 68,
+                            {digits.EffectiveFont(), kWhite, kBlack, 0});
+        }
+    });
+}
+
+TEST_F(DigitSelectionTest, ColumnsShowTheirDigitBetweenTheOneBelowAndTheNext) {
+    Settle(digits);
+    const Snapshot shown(digits);
+    EXPECT_EQ(shown.Differences(digits.ColumnRect(3), ColumnOf(digits, 3, 4, 0, kBlack)), 0);
+    EXPECT_EQ(shown.Differences(digits.ColumnRect(2), ColumnOf(digits, 2, 5, 0, kBlack)), 0);
+    const COLORREF pointedAt = MixColors(kBlack, kWhite, 15);
+    EXPECT_EQ(shown.Differences(digits.ColumnRect(0), ColumnOf(digits, 0, 0, 0, pointedAt)), 0);
+}
+
+TEST_F(DigitSelectionTest, ATurnedColumnIsDrawnHigherByAsManyPixels) {
+    Settle(digits);
+    const int x = ColumnX(3);
+    PressAt(digits, x, 30);
+    DragTo(digits, x, 30 - 5);
+    const COLORREF pointedAt = MixColors(kBlack, kWhite, 15);
+    EXPECT_EQ(Snapshot(digits).Differences(digits.ColumnRect(3), ColumnOf(digits, 3, 4, 5, pointedAt)), 0);
+    ReleaseAt(digits, x, 30 - 5);
+}
+
+TEST_F(DigitSelectionTest, ShowsTheSignBeforeTheDigits) {
+    Settle(digits);
+    const LONG first = digits.ColumnRect(15).left;
+    const RECT beforeDigits{1, 1, first, 1 + 3 * kRow};
+    const COLORREF band = MixColors(kBlack, kWhite, 35);
+    const auto inkOf = [&] {
+        const Snapshot shown(digits);
+        return shown.CountOther(beforeDigits, kBlack) - shown.Count(beforeDigits, band);
+    };
+    EXPECT_EQ(inkOf(), 0);
+    edit.SetValue(-20);
+    digits.Invalidate();
+    EXPECT_GT(inkOf(), 1);
+    edit.SetValue(20);
+    digits.Invalidate();
+    EXPECT_EQ(inkOf(), 0);
 }
 
 } // namespace

@@ -252,6 +252,18 @@ TEST_F(IntEditTest, ShowsReturnToOnKeyAfterTheNumberIsTaken) {
     EXPECT_TRUE(watch.editing);
 }
 
+TEST_F(IntEditTest, IsEditingUntilReturnHasGivenTheFocusAway) {
+    std::vector<bool> editing;
+    EventCount<bool> focus;
+    edit.SetValue(1);
+    edit.SetFocus();
+    focus.Watch(edit.onFocus);
+    focus.then = [&] { editing.push_back(edit.IsEditing()); };
+    Enter(edit, "345");
+    EXPECT_EQ(editing, std::vector<bool>{true});
+    EXPECT_FALSE(edit.IsEditing());
+}
+
 TEST_F(IntEditTest, PutsTheNumberBackAtEscape) {
     edit.SetValue(12);
     changed.Take();
@@ -431,6 +443,23 @@ TEST_F(IntEditTest, TakesTheTextOnShowBeforeTheWheelSteps) {
     edit.SetText("40");
     Wheel(edit, 1);
     EXPECT_EQ(edit.GetValue(), 41);
+}
+
+TEST_F(IntEditTest, CommitsAtTheWheelEvenATextThatNobodyEdited) {
+    struct Reader {
+        void Parse(TmyControl* /*sender*/, const TmyString& /*text*/, std::int64_t& number) {
+            ++count;
+            number = 70;
+        }
+        int count = 0;
+    } reader;
+    edit.SetValue(1);
+    changed.Take();
+    edit.onParse.Bind<&Reader::Parse>(&reader);
+    Wheel(edit, 1);
+    EXPECT_EQ(reader.count, 1);
+    EXPECT_EQ(changed.Take(), 2) << "the text's number, and the step";
+    EXPECT_EQ(edit.GetValue(), 71);
 }
 
 TEST_F(IntEditTest, StepsByTheSizeOfTheNumber) {

@@ -278,6 +278,22 @@ TEST_F(LightButton, DrawsTextOrArrowInItsColoursAndMovesThem) {
     }
 }
 
+TEST_F(LightButton, FrameAndTextAreAsTheStyleSays) {
+    constexpr RECT kWhole{0, 0, 60, 24};
+    for (const std::uint32_t brightness : {100u, 150u}) {
+        for (const std::int32_t shadow : {0, -60, 127}) {
+            host->SetStyleValue(StyleValue::Brightness, brightness);
+            host->SetStyleValue(StyleValue::Shadow, static_cast<std::uint32_t>(shadow));
+            const Snapshot expected = Snapshot::Drawn(60, 24, kSurface, [&](HDC dc) {
+                DrawAlignedText(dc, "Text", {3, 3, 57, 21}, 68,
+                                {button->EffectiveFont(), 0xFFFFFF, kSurface, shadow});
+                DrawFrame(dc, kWhole, kFrameRaised, 3, kSurface, static_cast<int>(brightness));
+            });
+            EXPECT_EQ(Picture(*button).Differences(kWhole, expected), 0) << brightness << ", " << shadow;
+        }
+    }
+}
+
 TEST_F(LightButton, ArrowFollowsTheSizeAndStandsInTheMiddle) {
     for (int side = 10; side <= 24; ++side) {
         auto square = std::make_unique<Tmy_Btn>(host, Placement{100, 20, side, side});
@@ -418,6 +434,26 @@ TEST_F(LightPanel, FramesItsAreaInAStyleOfItsOwn) {
     EXPECT_EQ(area, (RECT{3, 3, 57, 37}));
 }
 
+TEST_F(LightPanel, FrameIsAsTheStyleSays) {
+    Tmy_Panel panel(host, {30, 20, 60, 40});
+    constexpr RECT kWhole{0, 0, 60, 40};
+    const struct {
+        std::uint32_t style;
+        std::uint32_t width;
+        std::uint32_t brightness;
+    } looks[] = {{4, 3, 100}, {4, 5, 100}, {4, 3, 150}, {8, 4, 70}, {0, 3, 100}, {1, 3, 120}};
+    for (const auto& look : looks) {
+        panel.SetStyleValue(StyleValue::BorderStyle, look.style);
+        panel.SetStyleValue(StyleValue::BorderWidth, look.width);
+        panel.SetStyleValue(StyleValue::Brightness, look.brightness);
+        const Snapshot expected = Snapshot::Drawn(60, 40, kSurface, [&](HDC dc) {
+            DrawFrame(dc, kWhole, look.style, static_cast<int>(look.width), kSurface,
+                      static_cast<int>(look.brightness));
+        });
+        EXPECT_EQ(Picture(panel).Differences(kWhole, expected), 0) << "style " << look.style;
+    }
+}
+
 TEST_F(LightPanel, FrameFollowsTheSizeAndChildrenStandInside) {
     Tmy_Panel panel(host, {30, 20, 60, 40});
     host->Update();
@@ -455,6 +491,18 @@ TEST_F(LightLabel, DrawsItsTextLeftAndInTheMiddle) {
     EXPECT_EQ(Picture(*label).BoxOfOther(picture.Whole(), kSurface), expected);
     label->SetEnabled(false);
     EXPECT_GT(Picture(*label).Count(picture.Whole(), host->GetStyleValue(StyleValue::DisabledTextColor)), 10);
+}
+
+TEST_F(LightLabel, TextHasTheShadowOfTheStyle) {
+    constexpr RECT kWhole{0, 0, 80, 30};
+    for (const std::int32_t shadow : {0, -60, 127}) {
+        host->SetStyleValue(StyleValue::Shadow, static_cast<std::uint32_t>(shadow));
+        const Snapshot expected = Snapshot::Drawn(80, 30, kSurface, [&](HDC dc) {
+            DrawAlignedText(dc, "Text", {kGlyphOverhang, 0, 80 - kGlyphOverhang, 30}, 65,
+                            {label->EffectiveFont(), 0xFFFFFF, kSurface, shadow});
+        });
+        EXPECT_EQ(Picture(*label).Differences(kWhole, expected), 0) << shadow;
+    }
 }
 
 TEST_F(LightLabel, FitsItselfToTheTextWhenAsked) {

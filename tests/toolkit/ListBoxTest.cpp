@@ -1,6 +1,8 @@
 /// The list box: lines, selection, mouse, wheel, keys, scrolling, look.
 
 #include "tests/toolkit/WidgetSupport.h"
+#include "toolkit/Colors.h"
+#include "toolkit/TextDrawing.h"
 #include "toolkit/TmyListBox.h"
 #include "toolkit/Tmy_ScrollBar.h"
 
@@ -440,6 +442,25 @@ TEST_F(ListBox, DrawsTheSelectedLineInSwappedColours) {
     EXPECT_LT(picture.At(0, 0), picture.At(119, list->GetClientHeight() - 1)); // sunken
 }
 
+TEST_F(ListBox, ScrolledRowsShowTheTextsOfTheirLines) {
+    Fill(20);
+    list->SetTopIndex(7);
+    list->Select(9, false);
+    ASSERT_EQ(list->GetTopIndex(), 7);
+    const Snapshot picture(*list);
+    for (int row = 0; row < kLines; ++row) {
+        const RECT line = list->LineRect(7 + row);
+        EXPECT_EQ(line.top, kBorder + row * lineHeight);
+        const int width = static_cast<int>(line.right - line.left);
+        const COLORREF paper = row == 2 ? kWhite : kBlack;
+        const Snapshot expected = Snapshot::Drawn(width, lineHeight, paper, [&](HDC dc) {
+            DrawAlignedText(dc, ("Line " + std::to_string(7 + row)).c_str(), {3, 0, width - 3, lineHeight},
+                            65, {list->EffectiveFont(), row == 2 ? kBlack : kWhite, paper, 0});
+        });
+        EXPECT_EQ(picture.Differences(line, expected), 0) << "row " << row;
+    }
+}
+
 TEST_F(ListBox, DrawsDisabledLinesGreyAndColouredOnesInTheirColour) {
     Fill(3);
     list->GetItem(0)->color = 0x00FFFF; // yellow
@@ -478,7 +499,16 @@ TEST_F(ListBox, MarksTheSelectedLineWhileItHasTheFocus) {
     EXPECT_LT(with.Count(edge, 0xFFFFFF), static_cast<int>(edge.right - edge.left));
 }
 
-TEST_F(ListBox, RealMouseSelectsAndTheFrameKeepsThePicture) {
+TEST_F(ListBox, MarksAllOfItsLinesWithTheFocusAndNoSelection) {
+    list->SetFocus();
+    const Snapshot empty(*list);
+    EXPECT_EQ(empty.BoxOfOther(list->LinesRect(), kBlack), list->LinesRect());
+    Top().SetFocus();
+    const Snapshot without(*list);
+    EXPECT_EQ(without.CountOther(list->LinesRect(), kBlack), 0);
+}
+
+TEST_F(ListBox, RealMouseAndKeysSelect) {
     Fill(20);
     Settle(*list);
     RECT place{};

@@ -270,6 +270,18 @@ TEST_F(MsgBox, KeyHeldDownSinceBeforeAnswersNothing) {
               1);
 }
 
+TEST_F(MsgBox, KeysAnswerNothingWhileItIsDisabled) {
+    box->SetKey('Y', 0);
+    box->SetKey('N', 1);
+    EXPECT_EQ(Show([&] {
+                  box->SetEnabled(false);
+                  Press('Y');
+                  box->SetEnabled(true);
+                  Press('N');
+              }),
+              1);
+}
+
 // --- layout ------------------------------------------------------------------------------------------------
 
 TEST_F(MsgBox, TextAndButtonsFitTheirWindow) {

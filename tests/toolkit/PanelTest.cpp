@@ -64,6 +64,46 @@ TEST_F(Panel, FillsTheInsideAndFramesIt) {
     EXPECT_EQ(picture.Count({57, 0, 60, 40}, kSurface), 0);
 }
 
+TEST_F(Panel, FrameAndTitleAreAsTheStyleSays) {
+    const struct {
+        std::uint32_t style;
+        std::uint32_t width;
+        std::uint32_t brightness;
+        std::int32_t shadow;
+    } looks[] = {{kFrameRaised, 3, 100, 0},    {kFrameRaised, 5, 100, -40}, {kFrameRaised, 3, 60, 127},
+                 {kFrameSunken, 2, 150, 0},    {kFrameGroove, 4, 120, 30},  {kFrameFlat, 4, 80, 0},
+                 {kFrameOutline, 1, 130, -20}, {kFrameNone, 3, 100, 0}};
+    constexpr RECT kWhole{0, 0, 60, 40};
+    panel->SetText("Title");
+    for (const auto& look : looks) {
+        panel->SetStyleValue(StyleValue::BorderStyle, look.style);
+        panel->SetStyleValue(StyleValue::BorderWidth, look.width);
+        panel->SetStyleValue(StyleValue::Brightness, look.brightness);
+        panel->SetStyleValue(StyleValue::Shadow, static_cast<std::uint32_t>(look.shadow));
+        const int margin =
+            look.style == kFrameNone || look.style == kFrameFlat ? 0 : static_cast<int>(look.width);
+        const Snapshot expected = Snapshot::Drawn(60, 40, kSurface, [&](HDC dc) {
+            DrawAlignedText(dc, "Title", {margin, margin, 60 - margin, 40 - margin}, 0,
+                            {panel->EffectiveFont(), kTextInk, kSurface, look.shadow});
+            DrawFrame(dc, kWhole, look.style, static_cast<int>(look.width), kSurface,
+                      static_cast<int>(look.brightness));
+        });
+        EXPECT_EQ(Snapshot(*panel).Differences(kWhole, expected), 0)
+            << "style " << look.style << ", width " << look.width;
+    }
+}
+
+TEST_F(Panel, FrameLiesOverATitleThatReachesBelowIt) {
+    constexpr RECT kUpperEdge{0, 0, 60, 6};
+    panel->SetText("Title");
+    panel->SetBorderWidth(6);
+    panel->SetBorderStyle(kFrameNone);
+    EXPECT_GT(Snapshot(*panel).Count(kUpperEdge, kTextInk), 0) << "the title begins there";
+    panel->SetBorderStyle(kFrameFlat); // everything is content
+    EXPECT_EQ(Snapshot(*panel).Count(kUpperEdge, kTextInk), 0);
+    EXPECT_GT(Snapshot(*panel).Count({6, 6, 54, 34}, kTextInk), 0);
+}
+
 TEST_F(Panel, WithoutABorderAllIsInside) {
     panel->SetBorderStyle(kFrameNone);
     const Snapshot picture(*panel);
@@ -122,6 +162,7 @@ TEST_F(Panel, PaintsInOrder) {
     noting.SetBorderStyle(kFrameFlat); // everything is content, below the frame
     noting.order.clear();
     noting.Update();
+    EXPECT_EQ(noting.backgroundArea, (RECT{0, 0, 60, 40}));
     EXPECT_EQ(noting.contentArea, (RECT{0, 0, 60, 40}));
     EXPECT_TRUE(noting.frameWasThere);
     Top().SetFocus();
@@ -361,6 +402,75 @@ TEST_F(LibraryPictures, StandOutFromTheFaceOfAButton) {
             EXPECT_GE(drawn, 25) << id;
         }
     }
+}
+
+/// The pixels of a picture inside the box around them.
+class Shape {
+public:
+    Shape(const Snapshot& picture, COLORREF face)
+        : box(picture.BoxOfOther(kInsideOfSmall, face)), source(picture), background(face) {}
+    [[nodiscard]] int Width() const { return static_cast<int>(box.right - box.left); }
+    [[nodiscard]] int Height() const { return static_cast<int>(box.bottom - box.top); }
+    /// How many pixels of a column, or of a row, are drawn; a negative number counts from the other end.
+    [[nodiscard]] int InColumn(int x) const {
+        const LONG column = x < 0 ? box.right + x : box.left + x;
+        return source.CountOther({column, box.top, column + 1, box.bottom}, background);
+    }
+    [[nodiscard]] int InRow(int y) const {
+        const LONG row = y < 0 ? box.bottom + y : box.top + y;
+        return source.CountOther({box.left, row, box.right, row + 1}, background);
+    }
+    [[nodiscard]] int Drawn() const { return source.CountOther(box, background); }
+    [[nodiscard]] int Count(COLORREF color) const { return source.Count(box, color); }
+
+private:
+    RECT box;
+    Snapshot source;
+    COLORREF background;
+};
+
+TEST_F(LibraryPictures, ShowWhatTheirNumbersStandFor) {
+    const auto shapeOf = [this](int id) {
+        EXPECT_TRUE(button->SetBitmap(id)) << id;
+        return Shape(Snapshot(*button), 0x757575);
+    };
+    const Shape play = shapeOf(107); // a triangle: high at the left, a tip at the right
+    EXPECT_EQ(play.InColumn(0), play.Height());
+    EXPECT_LE(play.InColumn(-1), 2);
+    const Shape forward = shapeOf(101); // two of them
+    EXPECT_EQ(forward.InColumn(0), forward.Height());
+    EXPECT_LE(forward.InColumn(-1), 2);
+    const auto highest = [&](int from) {
+        int high = 0;
+        for (int x = from; x < forward.Width(); ++x) {
+            high = std::max(high, forward.InColumn(x));
+        }
+        return high;
+    };
+    EXPECT_EQ(highest(forward.Width() / 2), forward.Height());
+    const Shape rewind = shapeOf(109);
+    EXPECT_LE(rewind.InColumn(0), 2);
+    EXPECT_EQ(rewind.InColumn(-1), rewind.Height());
+    const Shape next = shapeOf(111); // against a bar at the right
+    EXPECT_EQ(next.InColumn(-1), next.Height());
+    EXPECT_EQ(next.InColumn(0), next.Height());
+    EXPECT_LT(next.InColumn(next.Width() / 2), next.Height());
+    const Shape previous = shapeOf(112); // the bar at the left, before the tip
+    EXPECT_EQ(previous.InColumn(0), previous.Height());
+    EXPECT_GT(previous.InColumn(-2), previous.InColumn(3));
+    const Shape stop = shapeOf(110); // all filled
+    EXPECT_EQ(stop.Drawn(), stop.Width() * stop.Height());
+    const Shape pause = shapeOf(105); // two bars, and nothing between them
+    EXPECT_EQ(pause.InColumn(0), pause.Height());
+    EXPECT_EQ(pause.InColumn(-1), pause.Height());
+    EXPECT_EQ(pause.InColumn(pause.Width() / 2), 0);
+    const Shape letters = shapeOf(103); // an I and an F: upright strokes, and a bar at the top
+    EXPECT_GT(letters.InRow(0), letters.InRow(-1));
+    EXPECT_EQ(letters.InColumn(0) > 0 && letters.InColumn(-1) < letters.Height(), true);
+    const Shape record = shapeOf(108); // round and red
+    EXPECT_LT(record.InRow(0), record.Width());
+    EXPECT_EQ(record.InRow(record.Height() / 2), record.Width());
+    EXPECT_EQ(record.InColumn(record.Width() / 2), record.Height());
 }
 
 TEST_F(LibraryPictures, RewindAndForwardMirrorEachOtherAndSoDoPreviousAndNext) {

@@ -2,6 +2,7 @@
 
 #include "tests/toolkit/WidgetSupport.h"
 #include "toolkit/Colors.h"
+#include "toolkit/FrameDrawing.h"
 #include "toolkit/Tmy_ScrollBar.h"
 
 #include <gtest/gtest.h>
@@ -253,6 +254,20 @@ TEST_F(ScrollBar, DrawsTroughAndThumb) {
     EXPECT_EQ(off.CountOther({0, 16, 16, 84}, trough), 0);
     EXPECT_EQ(off.Count({0, 0, 16, 16}, 0xFFFFFF), 0); // the arrow is grey
     EXPECT_GT(off.Count({0, 0, 16, 16}, 0x888888), 0);
+}
+
+TEST_F(ScrollBar, ThumbIsDrawnInTheStylesColoursAndBrightness) {
+    TmyComponent host(&Top(), "", kChild, 0, {50, 10, 16, 100});
+    host.SetStyleValue(StyleValue::WindowColor, 0x806040, true);
+    host.SetStyleValue(StyleValue::Brightness, 140);
+    Tmy_ScrollBar own(&host, ScrollDirection::Vertical, {0, 0, 16, 100});
+    own.SetRange(0, 30);
+    own.SetPageSize(10);
+    const Snapshot expected = Snapshot::Drawn(16, 17, 0x806040, [](HDC dc) {
+        DrawFrame(dc, {0, 0, 16, 17}, kFrameRaised, 2, 0x806040, 140);
+    });
+    EXPECT_EQ(own.ThumbRect(), (RECT{0, 16, 16, 33}));
+    EXPECT_EQ(Snapshot(host).Differences(own.ThumbRect(), expected), 0);
 }
 
 TEST_F(ScrollBar, RealMouseDragsBeyondTheWindow) {

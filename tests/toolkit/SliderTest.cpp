@@ -1,6 +1,8 @@
 /// The slider: geometry, drag, steps and their times, look.
 
 #include "tests/toolkit/WidgetSupport.h"
+#include "toolkit/Colors.h"
+#include "toolkit/FrameDrawing.h"
 #include "toolkit/TextDrawing.h"
 #include "toolkit/TmySlider.h"
 
@@ -276,6 +278,54 @@ TEST_F(Slider, ShownValueReservesTheRoomOfAsManyEights) {
     const RECT number{210 - three, 0, 210, 20};
     EXPECT_GT(picture.Count(number, 0xFFFFFF), 10);
     EXPECT_EQ(picture.CountOther({210 - three - kGap, 0, 210 - three, 20}, 0x636363), 0);
+}
+
+TEST_F(Slider, WritesTheValueAtTheEndOfTheTrack) {
+    TmySlider upright(&Top(), SliderDirection::Vertical, kUpright);
+    for (TmySlider* each : {slider, &upright}) {
+        each->SetValueShown(true);
+        each->SetValue(28, false);
+        const SIZE size = MeasureText(each->EffectiveFont(), "88");
+        const int width = each == slider ? size.cx : 40;
+        const int height = each == slider ? 20 : size.cy;
+        const int across = each->GetClientWidth() - width;
+        const int down = each->GetClientHeight() - height;
+        const Snapshot expected = Snapshot::Drawn(width, height, 0x636363, [&](HDC dc) {
+            DrawAlignedText(dc, "28", {0, 0, width, height}, 68,
+                            {each->EffectiveFont(), 0xFFFFFF, 0x636363, 0});
+        });
+        const RECT room{across, down, across + width, down + height};
+        EXPECT_EQ(Snapshot(*each).Differences(room, expected), 0) << (each == slider ? "level" : "upright");
+    }
+}
+
+TEST_F(Slider, UprightOneReservesTheRoomBelow) {
+    TmySlider upright(&Top(), SliderDirection::Vertical, kUpright);
+    constexpr int kGap = 4;
+    constexpr int kHalfKnob = 7;
+    EXPECT_EQ(upright.TrackRect(), (RECT{18, kHalfKnob, 22, 200 - kHalfKnob}));
+    upright.SetValueShown(true);
+    const LONG room = MeasureText(upright.EffectiveFont(), "88").cy + kGap;
+    EXPECT_EQ(upright.TrackRect(), (RECT{18, kHalfKnob, 22, 200 - room - kHalfKnob}));
+    upright.SetValue(0, false);
+    EXPECT_EQ(upright.KnobRect().bottom, 200 - room);
+    const Snapshot picture(upright);
+    EXPECT_EQ(picture.CountOther({0, 200 - room, 40, 200 - room + kGap}, 0x636363), 0);
+}
+
+TEST_F(Slider, DrawsAnUprightTrackKnobAndMark) {
+    TmySlider upright(&Top(), SliderDirection::Vertical, kUpright);
+    upright.SetStyleValue(StyleValue::Brightness, 130, true);
+    constexpr RECT kKnob{4, 93, 36, 107};
+    const Snapshot expected = Snapshot::Drawn(40, 200, 0x636363, [&](HDC dc) {
+        constexpr RECT kTrack{18, 7, 22, 193};
+        FillSolid(dc, kTrack, kBlack);
+        DrawFrame(dc, kTrack, kFrameSunken, 1, 0x636363, 130);
+        FillSolid(dc, kKnob, 0x636363);
+        DrawFrame(dc, kKnob, kFrameRaised, 2, 0x636363, 130);
+        FillSolid(dc, {6, 99, 34, 101}, kWhite); // across the middle
+    });
+    EXPECT_EQ(Snapshot(upright).Differences({0, 0, 40, 200}, expected), 0);
 }
 
 TEST_F(Slider, DrawsTrackKnobAndMark) {
