@@ -26,6 +26,9 @@ enum FrameStyle : std::uint32_t {
     kFrameRaisedOutlined = 14, ///< raised inside a dark ring
 };
 
+/// Width of a panel's border until it is given another [pixels].
+constexpr std::uint32_t kPanelBorderWidth = 3;
+
 /// Draws a frame along the inside of `area`. A style of 0 or above 14 draws nothing; so does what no longer
 /// fits.
 ///

@@ -1,8 +1,7 @@
 #include "toolkit/TmyEdit.h"
 
+#include "toolkit/ControlDrawing.h"
 #include "toolkit/FocusMark.h"
-#include "toolkit/FrameDrawing.h"
-#include "toolkit/TextDrawing.h"
 #include "toolkit/TmyApplication.h"
 #include "toolkit/TypeRegistry.h"
 
@@ -241,9 +240,7 @@ void TmyEdit::OnDrawNonClient(HDC dc, const RECT& area) {
                          inside.bottom};
         DrawAlignedText(dc, unit.Text(), strip, kTextLeftMiddle, look);
     }
-    DrawFrame(dc, area, HasState(ControlState::Grey) ? kFrameFaint : kFrameSunken, frame,
-              GetStyleValue(StyleValue::WindowColor),
-              static_cast<int>(GetStyleValue(StyleValue::Brightness)));
+    DrawFrame(dc, area, HasState(ControlState::Grey) ? kFrameFaint : kFrameSunken, frame, *this);
     if (HasFocus() && frame > 0) {
         RECT innermost = inside;
         InflateRect(&innermost, 1, 1);

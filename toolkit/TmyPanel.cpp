@@ -1,8 +1,8 @@
 #include "toolkit/TmyPanel.h"
 
 #include "toolkit/Colors.h"
+#include "toolkit/ControlDrawing.h"
 #include "toolkit/FocusMark.h"
-#include "toolkit/FrameDrawing.h"
 #include "toolkit/TmyApplication.h"
 #include "toolkit/TypeRegistry.h"
 
@@ -10,18 +10,12 @@
 
 namespace orva::toolkit {
 
-namespace {
-
-constexpr std::uint32_t kDefaultBorderWidth = 3;
-
-} // namespace
-
 TmyPanel::TmyPanel(TmyControl* parentControl, const char* title, const Placement& placement,
                    DWORD windowStyle, DWORD extendedStyle)
     : TmyComponent(parentControl, title, windowStyle, extendedStyle, placement) {
     RegisterType(this, TypeId::Panel, "Panel");
     SetStyleValue(StyleValue::BorderStyle, kFrameRaised, true);
-    SetStyleValue(StyleValue::BorderWidth, kDefaultBorderWidth);
+    SetStyleValue(StyleValue::BorderWidth, kPanelBorderWidth);
 }
 
 bool TmyPanel::SetBitmap(int resource, HINSTANCE module) {
@@ -70,9 +64,7 @@ void TmyPanel::OnPaint(HDC dc) {
         return;
     }
     DrawTitle(dc, area);
-    DrawFrame(dc, client, borderStyle, static_cast<int>(GetStyleValue(StyleValue::BorderWidth)),
-              GetStyleValue(StyleValue::WindowColor),
-              static_cast<int>(GetStyleValue(StyleValue::Brightness)));
+    DrawFrame(dc, client, borderStyle, static_cast<int>(GetStyleValue(StyleValue::BorderWidth)), *this);
     if (HasFocus()) {
         OnDrawFocus(dc, area);
     }
@@ -104,9 +96,7 @@ void TmyPanel::DrawTitle(HDC dc, const RECT& area) const {
         return;
     }
     const TitlePlace place = PlaceTitle(area);
-    const TextLook look{EffectiveFont(), place.color, GetStyleValue(StyleValue::WindowColor),
-                        static_cast<std::int32_t>(GetStyleValue(StyleValue::Shadow))};
-    DrawAlignedText(dc, title.Text(), place.area, textAlignment, look);
+    DrawAlignedText(dc, title.Text(), place.area, textAlignment, TextLookOf(*this, place.color));
 }
 
 TmyPanel::TitlePlace TmyPanel::PlaceTitle(const RECT& area) const {

@@ -1,9 +1,8 @@
 #include "toolkit/TmySlider.h"
 
 #include "toolkit/Colors.h"
-#include "toolkit/FrameDrawing.h"
+#include "toolkit/ControlDrawing.h"
 #include "toolkit/PressLogic.h"
-#include "toolkit/TextDrawing.h"
 #include "toolkit/TimerPlatform.h"
 #include "toolkit/TypeRegistry.h"
 
@@ -347,16 +346,13 @@ void TmySlider::OnPaint(HDC dc) {
 void TmySlider::DrawTrack(HDC dc) const {
     const RECT track = TrackRect();
     FillSolid(dc, track, GetStyleValue(StyleValue::BackColor));
-    DrawFrame(dc, track, kFrameSunken, kTrackBorder, GetStyleValue(StyleValue::WindowColor),
-              static_cast<int>(GetStyleValue(StyleValue::Brightness)));
+    DrawFrame(dc, track, kFrameSunken, kTrackBorder, *this);
 }
 
 void TmySlider::DrawKnob(HDC dc) const {
     const RECT knob = KnobRect();
-    const COLORREF surface = GetStyleValue(StyleValue::WindowColor);
-    FillSolid(dc, knob, surface);
-    DrawFrame(dc, knob, dragging ? kFrameSunken : kFrameRaised, kKnobBorder, surface,
-              static_cast<int>(GetStyleValue(StyleValue::Brightness)));
+    FillSolid(dc, knob, GetStyleValue(StyleValue::WindowColor));
+    DrawFrame(dc, knob, dragging ? kFrameSunken : kFrameRaised, kKnobBorder, *this);
     FillSolid(dc, MarkRect(), ForeColor());
 }
 
@@ -364,8 +360,7 @@ void TmySlider::DrawValue(HDC dc) const {
     const RECT room = Room();
     const RECT client{0, 0, GetClientWidth(), GetClientHeight()};
     const std::string text = std::to_string(value);
-    const TextLook look{EffectiveFont(), ForeColor(), GetStyleValue(StyleValue::WindowColor),
-                        static_cast<std::int32_t>(GetStyleValue(StyleValue::Shadow))};
+    const TextLook look = TextLookOf(*this, ForeColor());
     if (IsVertical()) {
         DrawAlignedText(dc, text.c_str(), {client.left, room.bottom, client.right, client.bottom},
                         kTextCentre | kTextBottom, look);

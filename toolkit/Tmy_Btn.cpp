@@ -1,8 +1,8 @@
 #include "toolkit/Tmy_Btn.h"
 
 #include "toolkit/Colors.h"
+#include "toolkit/ControlDrawing.h"
 #include "toolkit/FocusMark.h"
-#include "toolkit/FrameDrawing.h"
 #include "toolkit/TypeRegistry.h"
 
 #include <algorithm>
@@ -98,9 +98,7 @@ void Tmy_Btn::OnPaint(HDC dc) {
         return;
     }
     DrawTitle(dc, area);
-    DrawFrame(dc, whole, LooksSunken() ? kFrameSunken : kFrameRaised, EffectiveBorderWidth(),
-              GetStyleValue(StyleValue::WindowColor),
-              static_cast<int>(GetStyleValue(StyleValue::Brightness)));
+    DrawFrame(dc, whole, LooksSunken() ? kFrameSunken : kFrameRaised, EffectiveBorderWidth(), *this);
     if (HasFocus()) {
         OnDrawFocus(dc, area);
     }
@@ -127,9 +125,7 @@ void Tmy_Btn::OnDrawFocus(HDC dc, const RECT& area) {
 }
 
 void Tmy_Btn::DrawTitle(HDC dc, const RECT& area) const {
-    const TextLook look{EffectiveFont(), ContentColor(), GetStyleValue(StyleValue::WindowColor),
-                        static_cast<std::int32_t>(GetStyleValue(StyleValue::Shadow))};
-    DrawAlignedText(dc, text.Text(), ContentPlace(area), textAlignment, look);
+    DrawAlignedText(dc, text.Text(), ContentPlace(area), textAlignment, TextLookOf(*this, ContentColor()));
 }
 
 } // namespace orva::toolkit

@@ -1,6 +1,7 @@
 #include "toolkit/Tmy_Label.h"
 
 #include "toolkit/Colors.h"
+#include "toolkit/ControlDrawing.h"
 #include "toolkit/TypeRegistry.h"
 
 namespace orva::toolkit {
@@ -41,15 +42,12 @@ void Tmy_Label::OnPaint(HDC dc) {
     RECT area{};
     GetClientArea(&area);
     IntersectClipRect(dc, area.left, area.top, area.right, area.bottom);
-    const COLORREF background = GetStyleValue(StyleValue::WindowColor);
     if (!HasState(ControlState::Overlay)) {
-        FillSolid(dc, area, background);
+        FillSolid(dc, area, GetStyleValue(StyleValue::WindowColor));
     }
-    const TextLook look{EffectiveFont(),
-                        GetStyleValue(IsEnabled() ? StyleValue::TextColor : StyleValue::DisabledTextColor),
-                        background, static_cast<std::int32_t>(GetStyleValue(StyleValue::Shadow))};
+    const COLORREF color = GetStyleValue(IsEnabled() ? StyleValue::TextColor : StyleValue::DisabledTextColor);
     InflateRect(&area, -kGlyphOverhang, 0);
-    DrawAlignedText(dc, text.Text(), area, textAlignment, look);
+    DrawAlignedText(dc, text.Text(), area, textAlignment, TextLookOf(*this, color));
     TmyControl::OnPaint(dc);
 }
 

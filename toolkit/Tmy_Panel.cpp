@@ -1,22 +1,16 @@
 #include "toolkit/Tmy_Panel.h"
 
 #include "toolkit/Colors.h"
-#include "toolkit/FrameDrawing.h"
+#include "toolkit/ControlDrawing.h"
 #include "toolkit/TypeRegistry.h"
 
 namespace orva::toolkit {
-
-namespace {
-
-constexpr std::uint32_t kDefaultBorderWidth = 3;
-
-} // namespace
 
 Tmy_Panel::Tmy_Panel(TmyControl* parentControl, const Placement& placement)
     : TmyControl(parentControl, placement) {
     RegisterType(this, TypeId::LightPanel, "_Panel");
     SetStyleValue(StyleValue::BorderStyle, kFrameRaised, true);
-    SetStyleValue(StyleValue::BorderWidth, kDefaultBorderWidth);
+    SetStyleValue(StyleValue::BorderWidth, kPanelBorderWidth);
 }
 
 void Tmy_Panel::OnPaint(HDC dc) {
@@ -24,9 +18,7 @@ void Tmy_Panel::OnPaint(HDC dc) {
     IntersectClipRect(dc, whole.left, whole.top, whole.right, whole.bottom);
     FillSolid(dc, whole, GetStyleValue(StyleValue::WindowColor));
     DrawFrame(dc, whole, GetStyleValue(StyleValue::BorderStyle),
-              static_cast<int>(GetStyleValue(StyleValue::BorderWidth)),
-              GetStyleValue(StyleValue::WindowColor),
-              static_cast<int>(GetStyleValue(StyleValue::Brightness)));
+              static_cast<int>(GetStyleValue(StyleValue::BorderWidth)), *this);
     TmyControl::OnPaint(dc);
 }
 

@@ -2,7 +2,7 @@
 
 #include "toolkit/ArrowDrawing.h"
 #include "toolkit/Colors.h"
-#include "toolkit/FrameDrawing.h"
+#include "toolkit/ControlDrawing.h"
 #include "toolkit/Tmy_Btn2.h"
 #include "toolkit/TypeRegistry.h"
 
@@ -300,8 +300,7 @@ void Tmy_ScrollBar::OnPaint(HDC dc) {
     const RECT thumb = ThumbRect();
     if (IsEnabled() && ThumbLength() > 0) {
         FillSolid(dc, thumb, surface);
-        DrawFrame(dc, thumb, dragging ? kFrameSunken : kFrameRaised, kThumbBorder, surface,
-                  static_cast<int>(GetStyleValue(StyleValue::Brightness)));
+        DrawFrame(dc, thumb, dragging ? kFrameSunken : kFrameRaised, kThumbBorder, *this);
     }
     TmyControl::OnPaint(dc);
 }
