@@ -3,6 +3,7 @@
 #include "toolkit/Colors.h"
 #include "toolkit/FocusMark.h"
 #include "toolkit/FrameDrawing.h"
+#include "toolkit/IndexStep.h"
 #include "toolkit/TmyApplication.h"
 #include "toolkit/TmyPopupFocus.h"
 #include "toolkit/Tmy_Btn.h"
@@ -136,8 +137,7 @@ void TmyComboBox::MoveSelection(std::int32_t lines) {
     if (GetCount() == 0) {
         return;
     }
-    const std::int32_t from = selected == kNone && lines < 0 ? GetCount() : selected;
-    Select(std::clamp(from + lines, 0, GetCount() - 1), true);
+    Select(StepIndex(selected, lines, GetCount()), true);
 }
 
 // --- opening and closing -----------------------------------------------------------------------------------

@@ -1,8 +1,8 @@
 #include "toolkit/TmyFloatingSelection.h"
 
 #include "toolkit/Colors.h"
-#include "toolkit/FrameDrawing.h"
-#include "toolkit/TextDrawing.h"
+#include "toolkit/ControlDrawing.h"
+#include "toolkit/IndexStep.h"
 #include "toolkit/TmyApplication.h"
 #include "toolkit/TmyIntEdit.h"
 #include "toolkit/TmyPopupFocus.h"
@@ -175,8 +175,7 @@ void TmyFloatingSelection::MarkByKey(int distance) {
     if (items.empty()) {
         return;
     }
-    const int from = marked == kNone && distance < 0 ? GetCount() : marked;
-    Mark(std::clamp(from + distance, 0, GetCount() - 1));
+    Mark(StepIndex(marked, distance, GetCount()));
     SetTopRow(std::clamp(topRow, marked - shownRows + 1, marked));
 }
 
@@ -327,8 +326,7 @@ void TmyFloatingSelection::OnPaint(HDC dc) {
     const RECT client{0, 0, GetClientWidth(), GetClientHeight()};
     FillSolid(dc, client, GetStyleValue(StyleValue::BackColor));
     DrawRows(dc, InnerRect());
-    DrawFrame(dc, client, kFrameOutline, kOutline, GetStyleValue(StyleValue::WindowColor),
-              static_cast<int>(GetStyleValue(StyleValue::Brightness)));
+    DrawFrame(dc, client, kFrameOutline, kOutline, *this);
     TmyComponent::OnPaint(dc);
 }
 
@@ -360,8 +358,7 @@ void TmyFloatingSelection::DrawRows(HDC dc, const RECT& area) {
         FillSolid(dc, {handle.left, area.top, handle.right, area.bottom},
                   ScaleColor(surface, kFullPercent / 2));
         FillSolid(dc, handle, surface);
-        DrawFrame(dc, handle, kFrameRaised, kHandleBorder, surface,
-                  static_cast<int>(GetStyleValue(StyleValue::Brightness)));
+        DrawFrame(dc, handle, kFrameRaised, kHandleBorder, *this);
     }
 }
 

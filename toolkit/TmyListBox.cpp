@@ -3,6 +3,7 @@
 #include "toolkit/Colors.h"
 #include "toolkit/FocusMark.h"
 #include "toolkit/FrameDrawing.h"
+#include "toolkit/IndexStep.h"
 #include "toolkit/TextDrawing.h"
 #include "toolkit/Tmy_ScrollBar.h"
 #include "toolkit/TypeRegistry.h"
@@ -300,13 +301,11 @@ void TmyListBox::OnEscape() {
     }
 }
 
-/// From no selection, down begins at the first line and up at the last.
 void TmyListBox::MoveSelection(std::int32_t lines) {
     if (GetCount() == 0) {
         return;
     }
-    const std::int32_t from = selected == kNone && lines < 0 ? GetCount() : selected;
-    Select(std::clamp(from + lines, 0, LastIndex()), true);
+    Select(StepIndex(selected, lines, GetCount()), true);
 }
 
 // --- painting ----------------------------------------------------------------------------------------------
