@@ -221,6 +221,36 @@ TEST_F(SliderBar, BorderNarrowsTheBar) {
     EXPECT_EQ(bar->GetPosition(), 0);
 }
 
+TEST_F(SliderBar, BorderNarrowsAReversedAndAnUprightBarToo) {
+    bar->SetBorderStyle(4);
+    bar->SetBorderWidth(5);
+    bar->SetBounds(10, 10, 210, 20); // 200 by 10 inside
+    bar->SetMinimum(100);
+    bar->SetMaximum(0);
+    bar->SetPosition(30);
+    const Snapshot level(*bar);
+    EXPECT_EQ(level.Count({145, 5, 205, 15}, kThumb), 600);
+    EXPECT_EQ(level.Count({5, 5, 145, 15}, kTrack), 1400);
+    ClickAt(*bar, 205 - 40, 10);
+    EXPECT_EQ(bar->GetPosition(), 20);
+    ClickAt(*bar, 209, 10); // on the border
+    EXPECT_EQ(bar->GetPosition(), 0);
+
+    bar->SetVertical(true);
+    bar->SetBounds(10, 10, 20, 210);
+    bar->SetPosition(30);
+    const Snapshot upright(*bar);
+    EXPECT_EQ(upright.Count({5, 145, 15, 205}, kThumb), 600);
+    EXPECT_EQ(upright.Count({5, 5, 15, 145}, kTrack), 1400);
+    ClickAt(*bar, 10, 205 - 40);
+    EXPECT_EQ(bar->GetPosition(), 20);
+    bar->SetMinimum(0);
+    bar->SetMaximum(100);
+    ClickAt(*bar, 10, 5 + 40);
+    EXPECT_EQ(bar->GetPosition(), 20);
+    EXPECT_EQ(Snapshot(*bar).Count({5, 5, 15, 45}, kThumb), 400);
+}
+
 TEST_F(SliderBar, ANewSizeMovesTheFill) {
     bar->SetPosition(50);
     bar->SetSize(100, 6);

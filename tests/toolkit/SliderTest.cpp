@@ -299,6 +299,24 @@ TEST_F(Slider, WritesTheValueAtTheEndOfTheTrack) {
     }
 }
 
+TEST_F(Slider, ValueIsGreyWhenDisabled) {
+    slider->SetValueShown(true);
+    const RECT number{210 - MeasureText(slider->EffectiveFont(), "88").cx, 0, 210, 20};
+    const int ink = Snapshot(*slider).Count(number, 0xFFFFFF);
+    EXPECT_GT(ink, 5);
+    slider->SetEnabled(false);
+    const Snapshot grey(*slider);
+    EXPECT_EQ(grey.Count(number, 0xFFFFFF), 0);
+    EXPECT_EQ(grey.Count(number, 0x888888), ink);
+}
+
+TEST_F(Slider, TellsOfTheDragOnceItHasBegun) {
+    drags.then = [&] { EXPECT_TRUE(slider->IsDragging()); };
+    PressAt(*slider, 105, kMiddleY);
+    EXPECT_EQ(drags.count, 1);
+    ReleaseAt(*slider, 105, kMiddleY);
+}
+
 TEST_F(Slider, UprightOneReservesTheRoomBelow) {
     TmySlider upright(&Top(), SliderDirection::Vertical, kUpright);
     constexpr int kGap = 4;
