@@ -188,8 +188,11 @@ bool TmyIntEdit::IsNumberCharacter(char character) const {
     return IsDigit(character) || (base != NumberBase::Decimal && lower >= 'a' && lower <= 'f');
 }
 
-/// The unit that a letter stands for; null if it is no unit key.
+/// The unit that a letter stands for; null if it is no unit key, or the entry is not to be changed.
 const char* TmyIntEdit::UnitOfKey(char character) const {
+    if (IsReadOnly()) {
+        return nullptr;
+    }
     const char key = LowerCase(character);
     if (unitMode == UnitMode::Frequency) {
         return key == 'h' ? "Hz" : key == 'k' ? "kHz" : key == 'm' ? "MHz" : key == 'g' ? "GHz" : nullptr;

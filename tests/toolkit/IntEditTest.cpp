@@ -416,6 +416,19 @@ TEST_F(IntEditTest, SetsTheUnitByLetters) {
     }
 }
 
+TEST_F(IntEditTest, ReadOnlyItKeepsItsUnitToo) {
+    edit.SetUnitMode(UnitMode::Frequency);
+    edit.SetUnit("Hz");
+    edit.SetValue(1500);
+    edit.SetReadOnly(true);
+    Type(edit, "k");
+    EXPECT_STREQ(edit.GetUnit().Text(), "Hz");
+    EXPECT_EQ(Text(edit), "1500");
+    edit.SetReadOnly(false);
+    Type(edit, "k");
+    EXPECT_STREQ(edit.GetUnit().Text(), "kHz");
+}
+
 TEST_F(IntEditTest, KeepsTheNumberWhenTheUnitChanges) {
     edit.SetUnitMode(UnitMode::Frequency);
     edit.SetValue(1500);
