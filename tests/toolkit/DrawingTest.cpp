@@ -179,6 +179,27 @@ TEST(TextDrawer, EveryAlignmentMovesTheSameText) {
     }
 }
 
+TEST(TextDrawer, AlignsEachLineOfATextByTheCode) {
+    const TextLook look{GuiFont(), kInk, kPaper, 0};
+    Sheet measure(1, 1);
+    const SIZE longer = MeasureText(measure.Dc(), GuiFont(), "A longer line");
+    const SIZE shorter = MeasureText(measure.Dc(), GuiFont(), "short");
+    const LONG room = longer.cx - shorter.cx;
+    const RECT area{0, 0, longer.cx, 2 * longer.cy};
+    const std::pair<std::uint32_t, LONG> cases[] = {
+        {kTextLeft, 0}, {kTextRight, room}, {kTextCentre, room / 2}};
+    Sheet alone(static_cast<int>(shorter.cx) + 2, static_cast<int>(shorter.cy));
+    DrawAlignedText(alone.Dc(), "short", alone.Whole(), kTextLeft, look);
+    const RECT word = alone.Drawn();
+    for (const auto& [code, offset] : cases) {
+        Sheet sheet(static_cast<int>(area.right), static_cast<int>(area.bottom));
+        DrawAlignedText(sheet.Dc(), "short\nA longer line", area, code, look);
+        FillSolid(sheet.Dc(), {0, longer.cy, area.right, area.bottom}, kPaper); // the second line
+        EXPECT_NEAR(sheet.Drawn().left, word.left + offset, 1) << code;
+        EXPECT_NEAR(sheet.Drawn().right, word.right + offset, 1) << code;
+    }
+}
+
 TEST(TextDrawer, TooWideTextEndsInAnEllipsisInsideTheArea) {
     const TextLook look{GuiFont(), kInk, kPaper, 0};
     for (const std::uint32_t code : {65u, 66u, 68u}) {
