@@ -528,6 +528,20 @@ TEST_F(WaveOut, GathersAgainWhenAsked) {
     EXPECT_EQ(device.played.size(), 4U);
 }
 
+TEST_F(WaveOut, GivesBackWhatWasGatheredBeyondTheMost) {
+    StartFlowing();
+    WriteBlocks(5);
+    output->RequestPrebuffer();
+    WriteBlocks(2);
+    CtbSampleBlock* last = pool.Take();
+    output->Write(last);
+    EXPECT_EQ(device.played.size(), 6U);
+    EXPECT_EQ(pool.returned.size(), 2U);
+    EXPECT_EQ(pool.returned.back(), last);
+    EXPECT_EQ(Inside().Gathered(), 0U);
+    EXPECT_FALSE(Inside().Prebuffering());
+}
+
 TEST_F(WaveOut, GathersNothingAgainWhenItRunsDry) {
     StartFlowing();
     WriteBlocks(1);

@@ -207,6 +207,9 @@ MMRESULT WINAPI FakeWaveIn::UnprepareHeader(HWAVEIN handle, LPWAVEHDR header, UI
 
 MMRESULT WINAPI FakeWaveIn::Close(HWAVEIN handle) {
     device->log.Add("close");
+    if (device->onClose) {
+        device->onClose();
+    }
     const MMRESULT result = device->CheckHandle(handle);
     if (result != MMSYSERR_NOERROR) {
         return result;

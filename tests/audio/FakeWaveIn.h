@@ -7,6 +7,7 @@
 #include "tests/audio/CallLog.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -43,9 +44,10 @@ public:
     MMRESULT startResult = MMSYSERR_NOERROR;
     CallFault prepareFault;
     CallFault addFault;
-    bool isStalled = false;   ///< gives no buffer back, not even at a reset
-    bool isGone = false;      ///< every call fails
-    bool logsTraffic = false; ///< prepare, add, unprepare go to the log too
+    bool isStalled = false;        ///< gives no buffer back, not even at a reset
+    bool isGone = false;           ///< every call fails
+    std::function<void()> onClose; ///< when the device is told to close
+    bool logsTraffic = false;      ///< prepare, add, unprepare go to the log too
 
     // What the device saw.
 

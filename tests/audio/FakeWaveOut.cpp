@@ -209,6 +209,9 @@ MMRESULT WINAPI FakeWaveOut::Reset(HWAVEOUT handle) {
 
 MMRESULT WINAPI FakeWaveOut::Close(HWAVEOUT handle) {
     device->log.Add("close");
+    if (device->onClose) {
+        device->onClose();
+    }
     const MMRESULT result = device->CheckHandle(handle);
     if (result != MMSYSERR_NOERROR) {
         return result;

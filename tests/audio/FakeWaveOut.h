@@ -8,6 +8,7 @@
 #include "tests/audio/CallLog.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -46,10 +47,11 @@ public:
     MMRESULT resetResult = MMSYSERR_NOERROR;
     CallFault prepareFault;
     CallFault writeFault;
-    bool isStalled = false;   ///< finishes nothing, not even by a reset
-    bool isGone = false;      ///< every call fails, and nothing is reported
-    bool keepsPlayed = true;  ///< off for tests that count allocations
-    bool logsTraffic = false; ///< prepare, write, unprepare go to the log too
+    bool isStalled = false;        ///< finishes nothing, not even by a reset
+    bool isGone = false;           ///< every call fails, and nothing is reported
+    bool keepsPlayed = true;       ///< off for tests that count allocations
+    std::function<void()> onClose; ///< when the device is told to close
+    bool logsTraffic = false;      ///< prepare, write, unprepare go to the log too
 
     // What the device saw.
 

@@ -38,6 +38,7 @@ struct COrvaPluginInspector {
     [[nodiscard]] auto& ReceiverRecord() const { return plugin.receiverRecord; }
     [[nodiscard]] auto& DemodulationMode() const { return plugin.demodulationMode; }
     [[nodiscard]] auto& FrameDecoder() const { return plugin.frameDecoder; }
+    [[nodiscard]] auto& AnalogDemodulator() const { return plugin.analogDemodulator; }
     [[nodiscard]] auto& FreeAudioBlocks() const { return plugin.freeAudioBlocks; }
     [[nodiscard]] auto& FreeInputBlocks() const { return plugin.freeInputBlocks; }
     [[nodiscard]] auto& FilledInputBlocks() const { return plugin.filledInputBlocks; }

@@ -7,9 +7,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <cstring>
 #include <new>
 #include <numeric>
+#include <set>
 #include <vector>
 
 namespace orva::plugin {
@@ -122,6 +124,61 @@ TEST_P(PluginPipeline, ShowsTheFieldsOfACall) {
                               Inside().CurrentSid() == static_cast<int>(test::kCallSource));
     }
     EXPECT_TRUE(wasSeen);
+}
+
+TEST_P(PluginPipeline, TheWindowShowsTheFieldsOfACall) {
+    StartAtRate();
+    SetMode(DemodulationMode::Digital);
+    const Samples signal = test::CallSignal(Rate());
+    test::PortableDecoder portable(Rate());
+    ui::CallReadout expected;
+    expected.SetSignal(1, GetTickCount());
+    bool wasSeen = false;
+    for (std::size_t begin = 0; begin + kInputBlock <= signal.size(); begin += kInputBlock) {
+        const auto block = std::span(signal).subspan(begin, kInputBlock);
+        Process(block);
+        portable.Process(block);
+        const auto& decoder = portable.decoder;
+        const bool isOn = decoder.GetTransmission() != 0;
+        expected.SetNac(isOn ? decoder.GetNetworkAccessCode() : -1);
+        expected.SetTgid(isOn ? decoder.GetTalkGroup() : -1);
+        expected.SetSid(isOn ? decoder.GetSourceId() : -1);
+        expected.SetDid(isOn ? decoder.GetDestinationId() : -1);
+        expected.SetTransmission(decoder.GetTransmission());
+        expected.SetEncryption(static_cast<std::uint8_t>(decoder.GetAlgorithmId()));
+        ASSERT_EQ(Readout().Nac(), expected.Nac());
+        ASSERT_EQ(Readout().Tgid(), expected.Tgid());
+        ASSERT_EQ(Readout().Sid(), expected.Sid());
+        ASSERT_EQ(Readout().Did(), expected.Did());
+        ASSERT_EQ(Readout().TransmissionShown(), expected.TransmissionShown());
+        ASSERT_EQ(Readout().EncryptionShown(), expected.EncryptionShown());
+        wasSeen = wasSeen || (Readout().Nac() == "659" && Readout().Tgid() == "1234" &&
+                              Readout().TransmissionShown() == ui::CallReadout::kVoice &&
+                              Readout().EncryptionShown() == test::kAlgorithmClear);
+    }
+    EXPECT_TRUE(wasSeen);
+}
+
+TEST_P(PluginPipeline, TheErrorRateIsKeptInTenthsOfAPercent) {
+    StartAtRate();
+    SetMode(DemodulationMode::Digital);
+    const Samples signal = test::WithGrowingNoise(test::CallSignal(Rate()), 1.5);
+    test::PortableDecoder portable(Rate());
+    std::set<int> rates;
+    for (std::size_t begin = 0; begin + kInputBlock <= signal.size(); begin += kInputBlock) {
+        const auto block = std::span(signal).subspan(begin, kInputBlock);
+        Process(block);
+        portable.Process(block);
+        const bool isOn = portable.decoder.GetTransmission() != 0;
+        const int expected = isOn ? static_cast<int>(portable.decoder.GetBitErrorRate() * 10.0F) : 0;
+        ASSERT_EQ(Inside().CurrentBer(), expected);
+        if (rates.insert(expected).second && rates.size() == 2) {
+            char text[16];
+            std::snprintf(text, sizeof text, "%d.%d %%", expected / 10, expected % 10);
+            EXPECT_EQ(Readout().Ber(), text) << "the first that is not 0 is shown at once";
+        }
+    }
+    EXPECT_GE(rates.size(), 3U) << "the noise should make a few bit errors";
 }
 
 TEST_P(PluginPipeline, ACallInAutoTellsTheHostAndEndsFmAudio) {
@@ -345,6 +402,41 @@ TEST_P(PluginPipeline, FmModeLeavesTheFrameDecoderAndTheReadoutAlone) {
     EXPECT_EQ(Readout().Nac(), "---");
     EXPECT_TRUE(host.Of(4365).empty());
     EXPECT_EQ(Inside().SignalIndicator(), SignalIndicator::Fm);
+    Inside().Window()->SetNac(0x123);
+    Process(test::FmTone(Rate(), 0.1));
+    EXPECT_EQ(Readout().Nac(), "291") << "what stands there is not written over";
+}
+
+TEST_P(PluginPipeline, TheDemodulatorKeepsItsLockInFmMode) {
+    StartAtRate();
+    SetMode(DemodulationMode::Fm);
+    const Samples signal = test::CallSignal(Rate(), test::kAlgorithmClear, 6);
+    const std::size_t half = signal.size() / 2 / kInputBlock * kInputBlock;
+    test::PortableDecoder portable(Rate());
+    portable.decodes = false;
+    Decode(portable, Samples(signal.begin(), signal.begin() + static_cast<std::ptrdiff_t>(half)));
+    portable.decodes = true;
+    const Samples rest(signal.begin() + static_cast<std::ptrdiff_t>(half), signal.end());
+    Decode(portable, rest);
+    ASSERT_GE(portable.voice.size(), 10U * 1024U);
+    Process(std::span(signal).first(half));
+    waveOut.played.clear();
+    SetMode(DemodulationMode::Digital);
+    Process(rest);
+    EXPECT_EQ(Played(), test::AtVolume(portable.voice, kVolume));
+}
+
+TEST_P(PluginPipeline, ABlockThatCannotBeDemodulatedIsDropped) {
+    StartAtRate();
+    SetMode(DemodulationMode::Fm);
+    const Samples signal = test::FmTone(Rate(), 0.5);
+    Process(std::span(signal).first(kInputBlock));
+    const std::uint32_t fill = Inside().AudioBlockFill();
+    Inside().AnalogDemodulator().SetSampleRate(11999); // lower than it takes
+    EXPECT_FALSE(Plugin().ProcessData(signal.data(), kInputBlock));
+    EXPECT_EQ(Inside().AudioBlockFill(), fill);
+    Inside().AnalogDemodulator().SetSampleRate(static_cast<std::uint32_t>(Rate()));
+    EXPECT_TRUE(Plugin().ProcessData(signal.data(), kInputBlock));
 }
 
 TEST_P(PluginPipeline, FmAudioAfterTheStartWaits16Blocks) {
@@ -494,8 +586,17 @@ TEST_P(PluginPipeline, DigitalModeWithoutASignalShowsDigitalAndPlaysNothing) {
     EXPECT_EQ(Inside().CurrentNac(), -1);
     EXPECT_EQ(Inside().CurrentTgid(), -1);
     EXPECT_TRUE(Played().empty());
-    EXPECT_EQ(Readout().Nac(), "---");
     EXPECT_TRUE(host.Of(4362).empty());
+    ui::COrvaPluginWindow& view = *Inside().Window();
+    view.SetNac(0x123);
+    view.SetTgid(5);
+    view.SetSid(6);
+    view.SetTransmission(ui::CallReadout::kVoice); // which the window holds for a while
+    Process(test::Noise(Rate(), 0.1));
+    EXPECT_EQ(Readout().EncryptionShown(), 0xFF) << "an unknown algorithm, -1, by its low byte";
+    EXPECT_EQ(Readout().Nac(), "---");
+    EXPECT_EQ(Readout().Tgid(), "----");
+    EXPECT_EQ(Readout().Sid(), "--------");
 }
 
 TEST_P(PluginPipeline, ABlockWithoutADibitTakesTheVoicePath) {

@@ -82,6 +82,7 @@ TEST_F(PluginReceiver, EachNeededFunctionIsNeeded) {
         library.missing = {name};
         StartWithReceiver();
         EXPECT_FALSE(Inside().ReceiverStreaming()) << name;
+        EXPECT_EQ(Inside().FreeInputBlocks().Count(), 0U) << name;
         EXPECT_TRUE(waveIn.IsOpen());
         Close();
         EXPECT_EQ(log.Count("free library"), 1) << name;
@@ -117,6 +118,36 @@ TEST_F(PluginReceiver, AHandleOfZeroHasNoReceiver) {
     entries.Notify(0, 16384, 0, 0, nullptr);
 }
 
+TEST_F(PluginReceiver, TheMemoryOfABoundReceiverIsReadWithoutTheOtherFunctions) {
+    SetMemory(123456789, {}, 0);
+    library.isPresent = true;
+    library.missing = {"CodecRead"};
+    Start(record.Record());
+    EXPECT_EQ(Inside().SpectrumCrossover(), 123456789U) << "the function stands since the attempt to connect";
+    Close();
+    record.SetText(44, "OTHER", 32);
+    Start(record.Record());
+    EXPECT_EQ(Inside().SpectrumCrossover(), 0xFFFFFFFFU) << "loading it only now fails";
+    Close();
+    library.missing = {"K7GetEEP"};
+    Start(record.Record());
+    EXPECT_EQ(Inside().SpectrumCrossover(), 0xFFFFFFFFU);
+}
+
+TEST_F(PluginReceiver, ThePoolHoldsTenBlocksOfZerosAndASpareOne) {
+    StartWithReceiver();
+    EXPECT_EQ(FreeBlocks(), 10U);
+    for (dsp::CtbSampleBlock& block : Inside().InputBlocks()) {
+        ASSERT_EQ(block.Capacity(), kBlock);
+        EXPECT_EQ(Samples(block.Data(), block.Data() + kBlock), Samples(kBlock, 0));
+        dsp::CtbSampleBlock* next = nullptr;
+        ASSERT_TRUE(Inside().FreeInputBlocks().Pop(next));
+        EXPECT_EQ(next, &block) << "in their order";
+        Inside().FreeInputBlocks().Push(next);
+    }
+    EXPECT_EQ(Inside().SpareInputBlock().Capacity(), kBlock);
+}
+
 // --- the stream's start ------------------------------------------------------------------------------------
 
 TEST_F(PluginReceiver, AFailedStartIsTriedAgainEachSecond) {
@@ -131,8 +162,11 @@ TEST_F(PluginReceiver, AFailedStartIsTriedAgainEachSecond) {
     SendMessageA(window, WM_TIMER, 1, 0);
     EXPECT_EQ(log.Count("CodecStart"), 2);
     EXPECT_EQ(Inside().ProcessingRate(), 48000U);
+    ASSERT_TRUE(Inside().WaveIn()->Open());
     SendMessageA(window, WM_TIMER, 1, 0);
     EXPECT_EQ(log.Count("CodecStart"), 3);
+    EXPECT_EQ(log.Count("reset"), 1) << "the wave input ends where the stream begins";
+    EXPECT_FALSE(waveIn.IsRecording());
     EXPECT_EQ(Inside().ProcessingRate(), 64000U);
     EXPECT_EQ(KillTimer(window, 1), FALSE) << "the timer was stopped";
 }
@@ -189,6 +223,7 @@ TEST_F(PluginReceiver, AShortReadEndsTheLoop) {
     StartWithReceiver();
     library.Deliver(Ramp(1000, 1));
     ASSERT_EQ(library.reads.size(), 1U);
+    EXPECT_EQ(library.reads[0].receiver, kHandle);
     EXPECT_EQ(library.reads[0].bytes, 4800U);
     EXPECT_EQ(Inside().InputBlockFill(), 1000U);
     library.Deliver(Ramp(500, 1001));
@@ -263,6 +298,41 @@ TEST_F(PluginReceiver, WhatThePoolCannotHoldIsLostInTheSpareBlock) {
     library.Deliver(Ramp(kBlock, 5));
     Pump();
     EXPECT_EQ(walked.back(), (Walked{5, 2404, kBlock})) << "and the stream goes on";
+}
+
+TEST_F(PluginReceiver, APieceInTheSpareBlockIsNoBeginOfTheNextBlock) {
+    StartWithReceiver();
+    for (int i = 0; i < 10; ++i) {
+        library.Deliver(Ramp(kBlock, 0));
+    }
+    library.reads.clear();
+    library.Deliver(Ramp(1000, 20000));
+    library.Deliver(Ramp(1000, 21000));
+    for (const test::FakeReceiverLibrary::Read& read : library.reads) {
+        EXPECT_EQ(read.buffer, Inside().SpareInputBlock().Data()) << "each call begins the block anew";
+        EXPECT_EQ(read.bytes, 4800U);
+    }
+    Pump();
+    walked.clear();
+    library.Deliver(Ramp(kBlock, 5));
+    Pump();
+    EXPECT_EQ(walked, (std::vector<Walked>{{5, 2404, kBlock}}));
+}
+
+TEST_F(PluginReceiver, NothingIsReadWhileTheStreamIsEnded) {
+    StartWithReceiver();
+    library.Deliver(Ramp(1000, 0));
+    bool wasLocked = false;
+    library.onStop = [&] {
+        EXPECT_FALSE(Inside().ReceiverStreaming());
+        wasLocked = Inside().InputLock().has_value();
+        library.reads.clear();
+        library.Deliver(Ramp(1000, 0)); // its thread may still be on the way
+    };
+    Close();
+    library.onStop = nullptr;
+    EXPECT_TRUE(wasLocked) << "the lock stands until no callback can come";
+    EXPECT_TRUE(library.reads.empty());
 }
 
 TEST_F(PluginReceiver, APoolThatRunsDryInOneCallOverwritesTheBlockJustHandedOver) {

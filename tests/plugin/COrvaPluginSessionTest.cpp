@@ -2,6 +2,8 @@
 #include "tests/audio/CtbWaveInInspector.h"
 #include "tests/audio/CtbWaveOutInspector.h"
 #include "tests/plugin/PluginFixture.h"
+#include "tests/plugin/PluginSignals.h"
+#include "tests/plugin/WindowViews.h"
 #include "tests/toolkit/FakeDiagnostics.h"
 #include "ui/COrvaPluginWindow.h"
 
@@ -16,6 +18,7 @@ namespace {
 
 using Calls = std::vector<std::string>;
 using Codes = std::vector<std::int32_t>;
+using Samples = std::vector<std::int16_t>;
 
 constexpr std::uint32_t kAllTypes = 0x306;
 
@@ -65,6 +68,23 @@ TEST_F(PluginSession, FieldsHaveTheirValuesAfterConstruction) {
     EXPECT_EQ(inside.SignalIndicator(), SignalIndicator::Unknown);
     EXPECT_EQ(inside.ReceiverHandle(), kHandle);
     EXPECT_FALSE(inside.ReceiverLibrary().IsLoaded());
+    EXPECT_FALSE(inside.WaveFile().IsOpen());
+    EXPECT_EQ(inside.FileState(), FileState::Idle);
+    EXPECT_EQ(inside.PauseFlags(), 0U);
+    EXPECT_FALSE(inside.FileIsAudio());
+    EXPECT_EQ(inside.FileSampleRate(), 0U);
+    EXPECT_EQ(inside.PauseUnderSquelch(), 0);
+    EXPECT_EQ(inside.PauseNoOrva(), 0);
+    EXPECT_EQ(inside.OrvaSignalLatch(), 0);
+    EXPECT_EQ(inside.OverwriteBox(), nullptr);
+    EXPECT_FALSE(inside.PlayNextFile());
+    EXPECT_FALSE(inside.ReceiverRecord());
+    EXPECT_EQ(inside.SpareInputBlock().Capacity(), 0U);
+    EXPECT_EQ(inside.FloatSamples().Capacity(), 0U);
+    EXPECT_EQ(inside.FileSamples().Capacity(), 0U);
+    EXPECT_EQ(inside.AnalogSamples().Capacity(), 0U);
+    EXPECT_EQ(inside.DecimatedSamples().Capacity(), 0U);
+    EXPECT_EQ(inside.NoiseScratch().Capacity(), 0U);
     EXPECT_EQ(inside.ProcessingRate(), 48000U);
     EXPECT_EQ(inside.AudioSampleRate(), 16000U);
     EXPECT_TRUE(inside.DecoderEnabled());
@@ -239,6 +259,8 @@ TEST_F(PluginSession, TakesTheReceiverForFiveCharactersOfItsType) {
         EXPECT_EQ(Inside().ReceiverHandle(), kHandle);
         Close();
     }
+    Start(nullptr);
+    EXPECT_FALSE(Inside().ReceiverStreaming()) << "without a record";
 }
 
 // --- settings ----------------------------------------------------------------------------------------------
@@ -352,11 +374,46 @@ TEST_F(PluginSession, EndsTheInputBeforeTheOutput) {
     StartWithWaveInput();
     ASSERT_TRUE(waveIn.IsOpen());
     waveIn.logsTraffic = true;
+    int windowsSeen = 0;
+    waveIn.onClose = waveOut.onClose = [&] { windowsSeen += IsDestroyed() ? 0 : 1; };
     Close();
+    waveIn.onClose = waveOut.onClose = nullptr;
+    EXPECT_EQ(windowsSeen, 2) << "the window goes after the devices";
     Calls expected{"reset"};
     expected.insert(expected.end(), 32, "unprepare");
     expected.insert(expected.end(), {"close", "reset", "close"});
     EXPECT_EQ(log.calls, expected);
+}
+
+TEST_F(PluginSession, TakesItsCapabilitiesBackAtTheEnd) {
+    record.Set(192, 0x41);
+    record.Set(200, 0x11);
+    StartWithWaveInput();
+    Close();
+    ASSERT_EQ(host.Codes(), (Codes{16390, 16384}));
+    const test::FakeHost::Call& withdrawn = host.calls[0];
+    const std::uint8_t* bytes = withdrawn.bytes.data();
+    EXPECT_EQ(withdrawn.param, 0U);
+    EXPECT_EQ(withdrawn.size, 400U) << "no section but the modes was there";
+    EXPECT_EQ(test::Field32(bytes, 0), 400U);
+    EXPECT_EQ(test::Field32(bytes, 192), 1U) << "0x10000041 & 0xefffffbf";
+    EXPECT_EQ(test::Field32(bytes, 200), 0x11U);
+    EXPECT_EQ(test::Field32(bytes, 228), 0U);
+    EXPECT_EQ(test::Field32(bytes, 236), 0U);
+}
+
+TEST_F(PluginSession, WhatTheHostWritesIntoTheRecordIsKept) {
+    host.onCall = [](const test::FakeHost::Call& call, void* data) {
+        if (call.code == 16390) {
+            static_cast<ReceiverRecord*>(data)->reserved8[0] = 0xA5;
+        }
+    };
+    Start(record.Record());
+    host.onCall = nullptr;
+    host.Clear();
+    Close();
+    ASSERT_EQ(host.Codes(), (Codes{16390, 16384}));
+    EXPECT_EQ(host.calls[0].bytes.at(8), 0xA5);
 }
 
 TEST_F(PluginSession, TheLastMessageHasTheName) {
@@ -461,6 +518,47 @@ TEST_F(PluginSession, StartsInItsOrderWithEachQuerySupportedOrNot) {
         Close();
         Pump();
     }
+}
+
+TEST_F(PluginSession, WhatTheHostToldBeforeTheStartStaysWithoutAnAnswer) {
+    record.SetText(44, "OTHER", 32);
+    Start(record.Record());
+    Notify(2048, 155000000);
+    Notify(3840, 1);
+    Notify(2818, 1);
+    Notify(256, 0);
+    Pump();
+    EXPECT_TRUE(Inside().StartupDone());
+    EXPECT_EQ(Inside().ReceiverFrequency(), 155000000U);
+    EXPECT_TRUE(Inside().ScannerActive());
+    EXPECT_EQ(Inside().SquelchBits(), 1U);
+    EXPECT_FALSE(Inside().DecoderEnabled());
+}
+
+TEST_F(PluginSession, TellsVolumeAndMuteAsTheyAreAtTheStart) {
+    Start(record.Record());
+    Notify(3584, 20);
+    Notify(3585, 1);
+    host.Clear();
+    Pump();
+    ASSERT_EQ(host.Of(4352).size(), 1U);
+    EXPECT_EQ(host.Of(4352)[0].param, 20U);
+    ASSERT_EQ(host.Of(4353).size(), 1U);
+    EXPECT_EQ(host.Of(4353)[0].param, 1U);
+    EXPECT_FALSE(host.Of(4353)[0].hasData);
+}
+
+TEST_F(PluginSession, TheDeferredStartSetsTheGainOfFmAudio) {
+    record.SetText(44, "OTHER", 32);
+    Start(record.Record());
+    Inside().AnalogDemodulator().SetGain(0.0F);
+    Pump();
+    Notify(2304, 2);
+    const Samples signal = test::FmTone(48000, 0.2);
+    Process(signal);
+    const Samples expected = test::PortableFm(signal, 48000, kInputBlock);
+    const Samples heard(Inside().DecimatedSamples().Data(), Inside().DecimatedSamples().Data() + 800);
+    EXPECT_EQ(heard, Samples(expected.end() - 800, expected.end()));
 }
 
 TEST_F(PluginSession, OffersNoSquelchTypesInDigitalModeAtTheStart) {
@@ -712,6 +810,8 @@ TEST_F(PluginSession, AModeIsTakenStepByStep) {
     EXPECT_EQ(Inside().AnalogHoldoff(), 4);
     EXPECT_TRUE(IsGathering());
     EXPECT_EQ(Inside().SquelchBits(), 2U) << "evaluated at once";
+    const auto shown = [&] { return ui::COrvaPluginWindowInspector{*Inside().Window()}.DemodulationMode(); };
+    EXPECT_EQ(shown(), 1);
 
     host.Clear();
     Notify(2304, 2);
@@ -727,6 +827,8 @@ TEST_F(PluginSession, AModeIsTakenStepByStep) {
     std::uint32_t both[2] = {19, 2};
     Notify(2304, 77, 8, both);
     ASSERT_EQ(host.Codes(), (Codes{16390, 2304}));
+    EXPECT_EQ(test::Field32(host.calls[0].bytes.data(), 200) & kAllTypes, kAllTypes);
+    EXPECT_EQ(shown(), 0);
     EXPECT_EQ(host.calls[1].param, 19U);
     EXPECT_EQ(Words(host.calls[1].bytes), (std::vector<std::uint32_t>{2, 19}));
 }
@@ -744,6 +846,18 @@ TEST_F(PluginSession, TheEchoOfItsOwnModeIsIgnored) {
     EXPECT_TRUE(wasInside);
     EXPECT_EQ(Inside().DemodulationMode(), DemodulationMode::Digital);
     EXPECT_FALSE(Inside().InHostModeCall());
+}
+
+TEST_F(PluginSession, OnlyTheModeCallProtectsTheMode) {
+    StartWithWaveInput();
+    host.onCall = [&](const test::FakeHost::Call& call, void*) {
+        if (call.code == 4352) {
+            EXPECT_FALSE(Inside().InHostModeCall());
+            Notify(2304, 2);
+        }
+    };
+    Notify(3584, 9);
+    EXPECT_EQ(Inside().DemodulationMode(), DemodulationMode::Fm);
 }
 
 TEST_F(PluginSession, AnyCallInsideTheModeCallEndsItsProtection) {
@@ -863,7 +977,11 @@ TEST_F(PluginSession, TheGainTruncatesAndWraps) {
 TEST_F(PluginSession, ChangesTheInputDeviceInItsOrder) {
     waveIn.deviceNames = {"First", "Second", "Second"};
     StartWithWaveInput();
+    std::uint32_t queuedAtClose = 1;
+    waveIn.onClose = [&] { queuedAtClose = audio::CtbWaveInInspector{*Inside().WaveIn()}.BuffersQueued(); };
     Plugin().SetWaveInDevice(1);
+    waveIn.onClose = nullptr;
+    EXPECT_EQ(queuedAtClose, 0U) << "messages run between the stop and the close";
     EXPECT_EQ(log.calls, (Calls{"reset", "close", "open", "start"}));
     EXPECT_EQ(waveIn.openings.back().deviceId, 1U);
     EXPECT_EQ(Inside().WaveInName(), "Second");
@@ -902,7 +1020,11 @@ TEST_F(PluginSession, ChangesTheOutputDeviceInItsOrder) {
     Inside().WaveOut()->Write(Inside().CurrentAudioBlock());
     Inside().CurrentAudioBlock() = nullptr;
     log.Clear();
+    std::size_t freeAtClose = 0;
+    waveOut.onClose = [&] { freeAtClose = Inside().FreeAudioBlocks().Count(); };
     Plugin().SetWaveOutDevice(1);
+    waveOut.onClose = nullptr;
+    EXPECT_EQ(freeAtClose, 10U) << "messages run between the stop and the close";
     EXPECT_EQ(log.calls, (Calls{"reset", "close", "open"}));
     EXPECT_EQ(waveOut.openings.back().deviceId, 1U);
     EXPECT_EQ(Inside().WaveOutName(), "Second");

@@ -490,6 +490,30 @@ TEST_P(PluginSquelch, OutsideTheNoiseLevelIsSmoothed) {
     }
 }
 
+TEST_P(PluginSquelch, OutsideTheAudioFilterComesBehindTheNoiseAndBeforeTheVoice) {
+    StartAtRate();
+    Notify(2304, 2);
+    Plugin().SetAFLowpass(1);
+    Plugin().SetAFFreqHigh(100); // nothing of noise or speech is left
+    const Samples noise = test::Noise(Rate(), 1.2);
+    // The smoothed value begins at 0 once more for each run.
+    const auto measured = [&](std::uint32_t type, bool isFiltered) {
+        Plugin().SetAFEnabled(isFiltered ? 1 : 0);
+        SetUpType(type, {});
+        Inside().NoiseLevel() = 0.0F;
+        host.Clear();
+        Process(noise);
+        std::vector<std::int32_t> values;
+        for (const auto& answer : host.Of(2818)) {
+            values.push_back(type == 2 ? ValuesOf(answer).noise : ValuesOf(answer).voice);
+        }
+        return values;
+    };
+    measured(2, false); // the filters' histories are those of the signal's end from here on
+    EXPECT_EQ(measured(2, true), measured(2, false));
+    EXPECT_NE(measured(256, true), measured(256, false));
+}
+
 TEST_P(PluginSquelch, OutsideTheDetectorsKeepTheInputsRate) {
     // The audio comes at 16000, the tone detector is told the input's rate: 100 Hz is taken for three or four
     // times as much, here for a tone of the table.

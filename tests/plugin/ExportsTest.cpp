@@ -106,6 +106,21 @@ TEST_F(ExportsTest, RunAnInstanceFromStartToClose) {
     done();
 }
 
+TEST_F(ExportsTest, DispatchWhatWaitsBeforeTheStartIsOver) {
+    constexpr UINT kOwn = WM_APP + 7;
+    for (int i = 0; i < 3; ++i) {
+        PostThreadMessageA(GetCurrentThreadId(), kOwn, 0, 0);
+    }
+    PostQuitMessage(5);
+    ASSERT_NE(start(7, nullptr, Hear, 0), 0xFFFFFFFFU);
+    EXPECT_EQ(codes, Codes{}) << "the deferred start is posted behind them";
+    MSG message;
+    EXPECT_EQ(PeekMessageA(&message, nullptr, kOwn, kOwn, PM_REMOVE), FALSE);
+    ASSERT_NE(PeekMessageA(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE), FALSE) << "it is the host's";
+    EXPECT_EQ(message.wParam, 5U);
+    Close(7);
+}
+
 TEST_F(ExportsTest, AnnounceNothingWithoutARecord) {
     ASSERT_NE(start(7, nullptr, Hear, 0), 0xFFFFFFFFU);
     EXPECT_EQ(codes, Codes{});

@@ -97,10 +97,13 @@ std::uint32_t WINAPI FakeReceiverLibrary::CodecStart(std::uint32_t receiver,
 std::uint32_t WINAPI FakeReceiverLibrary::CodecStop(std::uint32_t receiver) {
     library->log.Add("CodecStop");
     library->handles.push_back(receiver);
+    if (library->onStop) {
+        library->onStop();
+    }
     return 1;
 }
 
-std::int32_t WINAPI FakeReceiverLibrary::CodecRead(std::uint32_t /*receiver*/, void* buffer,
+std::int32_t WINAPI FakeReceiverLibrary::CodecRead(std::uint32_t receiver, void* buffer,
                                                    std::uint32_t bytes) {
     std::deque<std::int16_t>& stream = library->stream;
     auto result = static_cast<std::int32_t>(std::min<std::size_t>(bytes, 2 * stream.size()));
@@ -115,7 +118,7 @@ std::int32_t WINAPI FakeReceiverLibrary::CodecRead(std::uint32_t /*receiver*/, v
     std::copy_n(stream.begin(), count, samples);
     stream.erase(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(count));
     if (library->keepsReads) {
-        library->reads.push_back({buffer, bytes, result});
+        library->reads.push_back({receiver, buffer, bytes, result});
     }
     return result;
 }

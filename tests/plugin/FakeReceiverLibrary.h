@@ -33,6 +33,7 @@ public:
     bool hasMemory = true;                  ///< `K7GetEEP` succeeds
     std::array<std::uint8_t, 256> memory{};
     std::function<void(std::int16_t* samples, std::uint32_t count)> onInvert;
+    std::function<void()> onStop; ///< while the stream is being ended
     /// Answers of the next reads in bytes, whatever waits; afterwards as much as asked for and there is.
     std::deque<std::int32_t> readResults;
 
@@ -45,6 +46,7 @@ public:
     // What was asked for.
 
     struct Read {
+        std::uint32_t receiver;
         void* buffer;
         std::uint32_t bytes;
         std::int32_t result;

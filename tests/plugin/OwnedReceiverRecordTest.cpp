@@ -220,6 +220,10 @@ TEST(OwnedReceiverRecord, CopiesOnlyAsManyHeaderBytesAsThereAre) {
             }
         }
         ASSERT_EQ(Field32(Data(made), 4), 400U);
+        if (headerSize <= 192) {
+            ASSERT_EQ(Field32(Data(made), 192), 0x10000000U);
+            ASSERT_EQ(Field32(Data(made), 200), 0x306U);
+        }
     }
 }
 

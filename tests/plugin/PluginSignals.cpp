@@ -9,6 +9,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <numeric>
+#include <random>
 
 namespace orva::test {
 
@@ -84,6 +87,22 @@ std::vector<std::int16_t> Carrier(int rate, double seconds) {
         rate, seconds, [] { return 0.0; }, 25.0);
 }
 
+std::vector<std::int16_t> WithGrowingNoise(std::vector<std::int16_t> samples, double level) {
+    const double energy = std::transform_reduce(samples.begin(), samples.end(), 0.0, std::plus<>(),
+                                                [](std::int16_t sample) { return 1.0 * sample * sample; });
+    const auto count = static_cast<double>(samples.size());
+    const double step = level * std::sqrt(energy / count) / count;
+    std::mt19937 generator(7);
+    std::normal_distribution<double> noise;
+    double reached = 0.0;
+    for (std::int16_t& sample : samples) {
+        reached += step;
+        const double sum = sample + reached * noise(generator);
+        sample = static_cast<std::int16_t>(std::clamp(sum, -32768.0, 32767.0));
+    }
+    return samples;
+}
+
 std::vector<std::int16_t> Noise(int rate, double seconds) {
     FmModulator modulator({.sampleRate = rate, .snrDb = 0.0});
     return modulator.WithoutCarrier(static_cast<std::size_t>(seconds * rate));
@@ -102,6 +121,9 @@ PortableDecoder::PortableDecoder(int rate) {
 void PortableDecoder::Process(std::span<const std::int16_t> samples) {
     const std::vector<float> floats = ToFloats(samples);
     const std::int32_t dibits = demodulator.Process(floats.data(), static_cast<std::int32_t>(floats.size()));
+    if (!decodes) {
+        return;
+    }
     const std::int32_t blocks = decoder.Decode(demodulator.GetDibits(), dibits);
     std::uint32_t size = 0;
     if (const auto report = decoder.TakeRecords(&size)) {

@@ -29,6 +29,8 @@ std::vector<std::int16_t> FmSignal(int rate, double seconds, const std::function
                                    double snrDb = 60.0);
 std::vector<std::int16_t> FmTone(int rate, double seconds, double hz = 1000.0);
 std::vector<std::int16_t> Carrier(int rate, double seconds);
+/// The samples with white noise that grows from nothing to `level` times their own root mean square.
+std::vector<std::int16_t> WithGrowingNoise(std::vector<std::int16_t> samples, double level);
 /// No carrier at all.
 std::vector<std::int16_t> Noise(int rate, double seconds);
 
@@ -40,6 +42,7 @@ public:
     /// Takes a block of samples.
     void Process(std::span<const std::int16_t> samples);
 
+    bool decodes = true;                            ///< off: the dibits go nowhere
     double gain = 1.0;                              ///< of the voice; overflow wraps
     std::vector<std::int16_t> voice;                ///< all so far, 16000 Hz
     std::vector<std::int32_t> algorithms;           ///< known when each voice block came out

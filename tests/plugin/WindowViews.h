@@ -22,6 +22,7 @@ struct COrvaPluginWindowInspector {
     }
     void SetPlayRecPanel(IPlayRecView* panel) const { window.playRecPanel = panel; }
     [[nodiscard]] std::int32_t FileMode() const { return window.fileMode; }
+    [[nodiscard]] std::int32_t DemodulationMode() const { return window.demodulationModeShown; }
     [[nodiscard]] std::uint32_t SelectiveMask() const { return window.selectiveMaskShown; }
 };
 
