@@ -617,6 +617,7 @@ TEST_P(PluginPipeline, FiveSamplesAtATimeGiveTheSameVoice) {
     ASSERT_FALSE(portable.voice.empty());
     Process(signal, 5);
     EXPECT_EQ(Played(), test::AtVolume(portable.voice, kVolume));
+    EXPECT_GE(Inside().DecimatedSamples().Capacity(), 1024U) << "a voice block's room, not the input's";
 }
 
 TEST_P(PluginPipeline, AnUnchangedIndicatorIsShownAgainButNotTold) {
