@@ -12,6 +12,7 @@
 #include "p25/COrvaAnalogDemodulator.h"
 #include "p25/COrvaDemodulator.h"
 #include "p25/COrvaFrameDecoder.h"
+#include "plugin/DemodulationMode.h"
 #include "plugin/HostInterface.h"
 #include "plugin/IHostCommands.h"
 #include "plugin/IPluginInstance.h"
@@ -42,13 +43,6 @@ class COrvaPluginWindow;
 }
 
 namespace orva::plugin {
-
-/// What runs.
-enum class DemodulationMode : std::int32_t {
-    Auto = 0,    ///< the digital chain always; FM audio whenever there is no digital signal
-    Digital = 1, ///< the digital chain only
-    Fm = 2,      ///< FM audio only; the demodulator still runs, the frame decoder gets nothing
-};
 
 /// What becomes of the one file.
 enum class FileState : std::int32_t {

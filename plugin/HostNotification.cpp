@@ -12,20 +12,20 @@ constexpr auto kFmMode = static_cast<std::uint32_t>(ModeNumber::Fm);
 
 } // namespace
 
-std::optional<std::int32_t> HostNotification::SelectedMode() const {
+std::optional<DemodulationMode> HostNotification::SelectedMode() const {
     if (size == kModeListSize && data != nullptr) {
         std::array<std::uint32_t, 2> modes{};
         static_assert(sizeof(modes) == kModeListSize);
         std::memcpy(modes.data(), data, sizeof(modes));
         if (modes == std::array{kFmMode, kDigitalMode} || modes == std::array{kDigitalMode, kFmMode}) {
-            return demodulation_mode::kAuto;
+            return DemodulationMode::Auto;
         }
     }
     switch (param) {
     case kDigitalMode:
-        return demodulation_mode::kDigital;
+        return DemodulationMode::Digital;
     case kFmMode:
-        return demodulation_mode::kFm;
+        return DemodulationMode::Fm;
     default:
         return std::nullopt;
     }
@@ -53,7 +53,7 @@ void HostNotification::Perform(IHostCommands& commands) const {
         break;
     case HostCode::Mode:
         if (const auto mode = SelectedMode(); mode && !commands.IsInHostModeCall()) {
-            commands.SetDemodulationMode(*mode);
+            commands.SetDemodulationMode(static_cast<std::int32_t>(*mode));
         }
         break;
     case HostCode::SquelchSetup: {

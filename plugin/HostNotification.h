@@ -1,6 +1,7 @@
 /// The host's codes, read.
 #pragma once
 
+#include "plugin/DemodulationMode.h"
 #include "plugin/HostInterface.h"
 #include "plugin/IHostCommands.h"
 
@@ -8,13 +9,6 @@
 #include <optional>
 
 namespace orva::plugin {
-
-/// What runs: `COrvaPlugin`'s own numbers for the modes.
-namespace demodulation_mode {
-constexpr std::int32_t kAuto = 0;
-constexpr std::int32_t kDigital = 1;
-constexpr std::int32_t kFm = 2;
-} // namespace demodulation_mode
 
 /// One call of `zemPluginNotify`. The data stays the host's, and need not be aligned.
 struct HostNotification {
@@ -24,7 +18,7 @@ struct HostNotification {
     const void* data;
 
     /// The demodulation mode that a notification of code 2304 selects, none if it selects nothing.
-    [[nodiscard]] std::optional<std::int32_t> SelectedMode() const;
+    [[nodiscard]] std::optional<DemodulationMode> SelectedMode() const;
 
     /// The values that came along; none without data, or when the stated size is too small for them. A size
     /// of 0 with data counts as not stated.
