@@ -247,6 +247,7 @@ private:
     void RunVoicePath(const BlockResult& block);
     void ShowCallFields(std::uint32_t transmission);
     void PlayVoiceBlock();
+    void WriteVoice(const std::int16_t* audio, std::size_t count);
     void ApplyOrvaGain(std::int16_t* samples, std::uint32_t count) const;
     bool RunFmChain(std::uint32_t count);
     bool ToAnalogSamples(const float* analog, std::uint32_t count);
@@ -298,6 +299,8 @@ private:
     bool ConnectReceiver(std::uint32_t handle);
     static void WINAPI ReaderCallback(void* context);
     void ReadAvailableSamples();
+    void TakeBlockToFill();
+    void HandOverFilledBlock();
     bool TryCodecStart();
     void ReadReceiverMemory(std::uint32_t handle);
     void ProcessWaitingInput();

@@ -183,7 +183,7 @@ void COrvaPlugin::ShowCallFields(std::uint32_t transmission) {
     window->SetEncryption(static_cast<std::uint8_t>(frameDecoder.GetAlgorithmId()));
 }
 
-/// A voice block fills exactly one block of output.
+/// Takes one block of decoded speech to the output, and to the recording.
 void COrvaPlugin::PlayVoiceBlock() {
     dsp::CtbSampleBlock* voice = frameDecoder.PopVoiceBlock();
     if (voice == nullptr) {
@@ -206,6 +206,11 @@ void COrvaPlugin::PlayVoiceBlock() {
     if (IsRecording(true)) {
         Record(audio, static_cast<std::uint32_t>(samples)); // before the mute of encrypted calls
     }
+    WriteVoice(audio, samples);
+}
+
+/// A voice block fills exactly one block of output, and is lost without a free one.
+void COrvaPlugin::WriteVoice(const std::int16_t* audio, std::size_t count) {
     if (currentAudioBlock == nullptr) {
         TakeAudioBlock();
     }
@@ -216,9 +221,9 @@ void COrvaPlugin::PlayVoiceBlock() {
     const std::int32_t algorithm = frameDecoder.GetAlgorithmId();
     const bool audible = algorithm == kClear || algorithm == kUnknownAlgorithm || !muteEncrypted;
     if (audible) {
-        std::copy_n(audio, samples, target);
+        std::copy_n(audio, count, target);
     } else {
-        std::fill_n(target, samples, std::int16_t{0});
+        std::fill_n(target, count, std::int16_t{0});
     }
     WriteOut(currentAudioBlock);
     currentAudioBlock = nullptr;

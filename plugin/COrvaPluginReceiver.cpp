@@ -141,11 +141,7 @@ void COrvaPlugin::ReadAvailableSamples() {
     std::uint32_t read = 1;
     while (read != 0) {
         if (fillingInputBlock == nullptr) {
-            {
-                const QueueLock lock(inputLock);
-                freeInputBlocks.Pop(fillingInputBlock);
-            }
-            inputBlockFill = 0;
+            TakeBlockToFill();
         }
         if (fillingInputBlock != nullptr) {
             target = fillingInputBlock->Data();
@@ -163,21 +159,35 @@ void COrvaPlugin::ReadAvailableSamples() {
         inputBlockFill += read;
         if (inputBlockFill >= kInputBlockSamples) {
             if (fillingInputBlock != nullptr) {
-                fillingInputBlock->SetUsed(kInputBlockSamples);
-                {
-                    const QueueLock lock(inputLock);
-                    filledInputBlocks.Push(fillingInputBlock);
-                }
-                fillingInputBlock = nullptr;
-                if (const HWND receiver = windowHandle; receiver != nullptr) {
-                    PostMessageA(receiver, kInputBlockMessage, 0, 0);
-                }
+                HandOverFilledBlock();
             }
             inputBlockFill = 0;
         }
         if (read < wanted) {
             read = 0;
         }
+    }
+}
+
+/// There is none when the pool has run dry. [receiver thread]
+void COrvaPlugin::TakeBlockToFill() {
+    {
+        const QueueLock lock(inputLock);
+        freeInputBlocks.Pop(fillingInputBlock);
+    }
+    inputBlockFill = 0;
+}
+
+/// [receiver thread]
+void COrvaPlugin::HandOverFilledBlock() {
+    fillingInputBlock->SetUsed(kInputBlockSamples);
+    {
+        const QueueLock lock(inputLock);
+        filledInputBlocks.Push(fillingInputBlock);
+    }
+    fillingInputBlock = nullptr;
+    if (const HWND receiver = windowHandle; receiver != nullptr) {
+        PostMessageA(receiver, kInputBlockMessage, 0, 0);
     }
 }
 
