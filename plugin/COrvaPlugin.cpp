@@ -15,14 +15,13 @@ namespace orva::plugin {
 
 namespace {
 
-constexpr std::uint32_t kWaveInRate = 48000; // [Hz]
+constexpr std::uint32_t kWaveInRate = audio::CtbWaveIn::kSampleRate; // [Hz]
 
 constexpr std::uint32_t kVoiceBlockSamples = 512;
 constexpr std::uint32_t kVoiceRate = 8000; // [Hz]
 constexpr std::uint32_t kWaveInBuffers = 32;
 constexpr std::uint32_t kPrebufferBlocks = 3;
-constexpr std::size_t kDeviceTypeLength = 5;
-constexpr char kReceiverType[] = "K7USB";
+constexpr char kReceiverType[] = "K7USB"; // and whatever comes behind it
 
 constexpr std::uint32_t kDecimatorTaps = 256;
 constexpr std::uint32_t kInterpolatorTaps = 64;
@@ -68,7 +67,7 @@ void COrvaPlugin::Construct(std::uint32_t hostHandle) {
     MakeWindow();
     BuildVoiceInterpolator();
     MakeWaveIn();
-    if (receiverRecord.DeviceType().substr(0, kDeviceTypeLength) == kReceiverType) {
+    if (receiverRecord.DeviceType().starts_with(kReceiverType)) {
         ConnectReceiver(hostHandle);
     }
     receiverHandle = hostHandle;
@@ -148,9 +147,25 @@ void COrvaPlugin::RebuildAudioFilter() {
         audioFilter.SetFilterType(dsp::kFilterLowPass);
     }
     audioFilter.SetHighCut(afFreqHigh);
+    ShowAudioFilter();
+}
+
+void COrvaPlugin::ShowAudioFilter() {
     if (window) {
         window->ShowAudioFilter(audioFilter);
     }
+}
+
+/// Gives one of the filter's settings a value.
+///
+/// \return whether it is another one
+bool COrvaPlugin::ChangeAudioFilter(std::int32_t& setting, std::int32_t value) {
+    if (setting == value) {
+        return false;
+    }
+    setting = value;
+    RebuildAudioFilter();
+    return true;
 }
 
 // --- window and devices ------------------------------------------------------------------------------------
@@ -358,44 +373,27 @@ void COrvaPlugin::SetDemodulationMode(std::int32_t mode) {
 }
 
 void COrvaPlugin::SetAFFreqLow(std::int32_t hertz) {
-    if (afFreqLow != hertz) {
-        afFreqLow = hertz;
-        RebuildAudioFilter();
-        if (window) {
-            window->ShowAudioFilter(audioFilter);
-        }
+    if (ChangeAudioFilter(afFreqLow, hertz)) {
+        ShowAudioFilter(); // once more: kept
     }
 }
 
 void COrvaPlugin::SetAFFreqHigh(std::int32_t hertz) {
-    if (afFreqHigh != hertz) {
-        afFreqHigh = hertz;
-        RebuildAudioFilter();
-        if (window) {
-            window->ShowAudioFilter(audioFilter);
-        }
+    if (ChangeAudioFilter(afFreqHigh, hertz)) {
+        ShowAudioFilter(); // once more: kept
     }
 }
 
 void COrvaPlugin::SetAFLowpass(std::int32_t lowpass) {
-    if (afLowpass != lowpass) {
-        afLowpass = lowpass;
-        RebuildAudioFilter();
-    }
+    ChangeAudioFilter(afLowpass, lowpass);
 }
 
 void COrvaPlugin::SetAFDeemphasis(std::int32_t tenthsOfDbPerOctave) {
-    if (afDeemphasis != tenthsOfDbPerOctave) {
-        afDeemphasis = tenthsOfDbPerOctave;
-        RebuildAudioFilter();
-    }
+    ChangeAudioFilter(afDeemphasis, tenthsOfDbPerOctave);
 }
 
 void COrvaPlugin::SetAFFilterLength(std::int32_t taps) {
-    if (afFilterLength != taps) {
-        afFilterLength = taps;
-        RebuildAudioFilter();
-    }
+    ChangeAudioFilter(afFilterLength, taps);
 }
 
 void COrvaPlugin::SetAFEnabled(std::int32_t enabled) {

@@ -206,6 +206,8 @@ private:
     void LoadSettings();
     void SaveSettings();
     void RebuildAudioFilter();
+    void ShowAudioFilter();
+    bool ChangeAudioFilter(std::int32_t& setting, std::int32_t value);
     void SetDecimatorRatio(std::uint32_t rate);
     void OpenWaveInOrTell();
     void ReopenWaveOut(void (audio::CtbWaveOut::*set)(std::uint32_t), std::uint32_t value);
@@ -314,9 +316,9 @@ private:
 
     const PluginPlatform& platform;
 
-    std::atomic<bool> receiverStreaming =
-        false;                   ///< samples come from the receiver library, not from the wave input
-    bool inHostModeCall = false; ///< inside a call to the host with the code of the mode
+    /// Samples come from the receiver library, not from the wave input.
+    std::atomic<bool> receiverStreaming = false;
+    bool inHostModeCall = false;           ///< inside a call to the host with the code of the mode
     std::uint32_t inputSampleRate = 48000; ///< of live input [Hz]: 48000 wave input, 64000 receiver
     SignalIndicator signalIndicator = SignalIndicator::Unknown;
     std::uint32_t receiverHandle = 0;
