@@ -62,9 +62,7 @@ void CtbWaveOut::SetPrebufferBlocks(std::uint32_t count) {
         return;
     }
     prebufferBlocks = count;
-    if (maxBlocks <= prebufferBlocks) {
-        maxBlocks = prebufferBlocks + kReserveBlocks;
-    }
+    LeaveReserve();
 }
 
 void CtbWaveOut::SetMaxBlocks(std::uint32_t count) {
@@ -72,6 +70,11 @@ void CtbWaveOut::SetMaxBlocks(std::uint32_t count) {
         return;
     }
     maxBlocks = count;
+    LeaveReserve();
+}
+
+/// What was gathered must not fill the device.
+void CtbWaveOut::LeaveReserve() {
     if (maxBlocks <= prebufferBlocks) {
         maxBlocks = prebufferBlocks + kReserveBlocks;
     }

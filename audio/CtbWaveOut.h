@@ -130,6 +130,7 @@ public:
 private:
     friend struct CtbWaveOutInspector;
 
+    void LeaveReserve();
     static void Silence(dsp::CtbSampleBlock& block);
     void Scale(dsp::CtbSampleBlock& block) const;
     void Gather(dsp::CtbSampleBlock* block);
