@@ -421,6 +421,16 @@ TEST_F(EditTest, CommitsAtReturn) {
     EXPECT_EQ(Text(*lines), "a\r\nb");
 }
 
+TEST_F(EditTest, ReturnDoesNotReachThePlatformWhichWouldBeep) {
+    WPARAM code = VK_RETURN;
+    edit.OnChar(code, 1);
+    EXPECT_EQ(code, 0u);
+    auto* lines = new TmyEdit(&top, "", {0, 50, 100, 100}, kEditStyle | ES_MULTILINE | ES_WANTRETURN);
+    code = VK_RETURN;
+    lines->OnChar(code, 1);
+    EXPECT_EQ(code, WPARAM{VK_RETURN}) << "a line break";
+}
+
 TEST_F(EditTest, CommitsAtTheLossOfTheFocus) {
     EventCount<> committed;
     committed.Watch(edit.onCommit);

@@ -280,6 +280,20 @@ TEST_F(IntEditTest, PutsTheNumberBackAtEscape) {
     EXPECT_EQ(::GetFocus(), top.Window());
 }
 
+TEST_F(IntEditTest, DropsReturnEscapeAndWhatDoesNotEnter) {
+    edit.SetValue(12);
+    edit.SetUnitMode(UnitMode::Frequency);
+    edit.Select(2, 2);
+    const std::pair<WPARAM, WPARAM> cases[] = {{VK_RETURN, 0}, {VK_ESCAPE, 0}, {' ', 0},    {'-', 0},
+                                               {'k', 0},       {'z', 0},       {0x1234, 0}, {'\b', '\b'},
+                                               {3, 3},         {'7', '7'}};
+    for (const auto& [given, left] : cases) {
+        WPARAM code = given;
+        edit.OnChar(code, 1);
+        EXPECT_EQ(code, left) << given;
+    }
+}
+
 TEST_F(IntEditTest, TakesAnEditedTextAtTheLossOfTheFocus) {
     edit.SetValue(12);
     edit.SetFocus();
