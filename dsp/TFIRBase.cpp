@@ -429,6 +429,7 @@ void TFIRBase::DesignFromMagnitudes() {
         double sum = 0.0;
         for (std::uint32_t j = 0; j <= centre; ++j) {
             const std::uint64_t turns = static_cast<std::uint64_t>(j) * i;
+            // A filter has three taps at least. NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
             const auto step = static_cast<std::uint32_t>(turns % DesignLength());
             sum += arrays.magnitudes[j] * arrays.cosineTable[step];
         }

@@ -143,6 +143,7 @@ bool COrvaDemodulator::BuildCorrelator() {
     double position = 0.0;
     std::size_t symbol = 0;
     for (std::int32_t i = 0; i < correlatorLength; ++i) {
+        // The length is 1 at least. NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete)
         taps[static_cast<std::uint32_t>(i)] = kSyncSigns[std::min(symbol, kSyncSigns.size() - 1)];
         position += 1.0;
         if (position >= samplesPerSymbol) {

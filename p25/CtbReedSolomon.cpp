@@ -42,6 +42,7 @@ void CtbReedSolomon::Init(std::uint32_t parity, std::uint32_t firstRoot, std::ui
     const std::uint32_t order = fieldSize - 1;
     generator[0] = 1;
     for (std::uint32_t i = 0; i < parity; ++i) {
+        // A field has more elements than parity symbols. NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
         const std::uint32_t root = expTable[(firstRoot + i) * rootStep % order];
         roots[i] = root;
         // Times (x + root): the product's coefficient j is the old one plus the old one before it times the

@@ -16,7 +16,7 @@ constexpr float kLowestRateHz = 4.0F;
 constexpr float kEdgeDistanceHz = 1.0F;
 constexpr std::uint32_t kFewestTaps = 3;
 constexpr std::uint32_t kPadding = 32; ///< taps that a wide loop takes at a time
-constexpr double kUnity_Q15 = 32767.0;
+constexpr double kUnityQ15 = 32767.0;
 constexpr std::int16_t kHighest = 32767;
 constexpr std::int16_t kLowest = -32768;
 constexpr int kSumShift = 15;
@@ -38,7 +38,7 @@ std::int16_t Quantise(double tap) {
     if (tap <= -1.0) {
         return kLowest;
     }
-    return static_cast<std::int16_t>(tap * kUnity_Q15);
+    return static_cast<std::int16_t>(tap * kUnityQ15);
 }
 
 std::uint32_t PaddedTaps(std::uint32_t taps) {

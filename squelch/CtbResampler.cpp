@@ -13,7 +13,7 @@ namespace {
 constexpr double kBandShare = 0.85; ///< of the narrower Nyquist band that the filter passes
 constexpr std::uint32_t kFewestTaps = 3;
 constexpr std::uint32_t kMostTapsPerBranch = 1024;
-constexpr double kUnity_Q31 = 2147483647.0;
+constexpr double kUnityQ31 = 2147483647.0;
 constexpr std::int32_t kHighest = 0x7FFFFFFF;
 constexpr std::int32_t kLowest = -0x7FFFFFFF; ///< symmetric to `kHighest`
 constexpr int kSumShift = 31;
@@ -62,7 +62,7 @@ std::int32_t Quantise(double tap) {
     if (tap <= -1.0) {
         return kLowest;
     }
-    return static_cast<std::int32_t>(tap * kUnity_Q31);
+    return static_cast<std::int32_t>(tap * kUnityQ31);
 }
 
 } // namespace

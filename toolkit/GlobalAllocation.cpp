@@ -41,7 +41,7 @@ public:
 };
 
 // The first static object, and so the last to go: the others' memory is free by then.
-[[gnu::init_priority(101)]] const HeapCloser heapCloser;
+[[gnu::init_priority(101)]] const HeapCloser kHeapCloser;
 
 } // namespace
 

@@ -150,7 +150,7 @@ bool RegisterAll() {
     return true;
 }
 
-const bool registered = RegisterAll();
+const bool kAreRegistered = RegisterAll();
 
 } // namespace
 } // namespace orva::bench

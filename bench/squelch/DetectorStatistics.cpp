@@ -159,12 +159,14 @@ void MeasureAt(std::uint32_t rate, double snrDb, const Task& task) {
     FmModulator noise({.sampleRate = hertz, .deviation = 1000.0, .snrDb = snrDb});
     Measure("white noise" + level, rate, task, noise,
             Of([random = RandomSource(7)]() mutable { return random.Gaussian(); }));
+    const std::string above = " above 300" + level;
+    const std::string whole = ", whole" + level;
     for (const double pitch : {85.0, 120.0, 210.0}) {
         const std::string name = "voice of " + std::to_string(static_cast<int>(pitch)) + " Hz";
         FmModulator high({.sampleRate = hertz, .snrDb = snrDb});
-        Measure(name + " above 300" + level, rate, task, high, HighVoice(rate, pitch));
+        Measure(name + above, rate, task, high, HighVoice(rate, pitch));
         FmModulator deep({.sampleRate = hertz, .snrDb = snrDb});
-        Measure(name + ", whole" + level, rate, task, deep, DeepVoice(rate, pitch));
+        Measure(name + whole, rate, task, deep, DeepVoice(rate, pitch));
     }
 }
 

@@ -30,7 +30,7 @@ constexpr std::uint32_t kThunks = 5041;
 template <class Allocator>
 void FreeAndAllocate(benchmark::State& state, Allocator& allocator) {
     AllocationLoad<Allocator> load(allocator);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         load.Step();
     }
 }
@@ -51,14 +51,14 @@ void CLibraryStep(benchmark::State& state) {
 template <class String>
 void CopyString(benchmark::State& state) {
     const String text("a text of more letters than a small one has");
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         String copy(text);
         benchmark::DoNotOptimize(copy);
     }
 }
 
 void AppendTmyString(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         TmyString text;
         for (int i = 0; i < 1000; ++i) {
             text.Append("abc", 3);
@@ -68,7 +68,7 @@ void AppendTmyString(benchmark::State& state) {
 }
 
 void AppendStdString(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         std::string text;
         for (int i = 0; i < 1000; ++i) {
             text.append("abc", 3);
@@ -78,7 +78,7 @@ void AppendStdString(benchmark::State& state) {
 }
 
 void FillTmyList(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         TmyList list;
         for (TmyList::Item i = 0; i < 1000; ++i) {
             list.Add(i);
@@ -88,7 +88,7 @@ void FillTmyList(benchmark::State& state) {
 }
 
 void FillStdVector(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         std::vector<std::uintptr_t> list;
         for (std::uintptr_t i = 0; i < 1000; ++i) {
             list.push_back(i);
@@ -114,7 +114,7 @@ void FindInTmyBinaryTree(benchmark::State& state) {
     for (auto& key : keys) {
         tree.Insert(key, &key);
     }
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         for (const auto key : keys) {
             benchmark::DoNotOptimize(tree.Find(key));
         }
@@ -128,7 +128,7 @@ void FindInStdMap(benchmark::State& state) {
     for (auto& key : keys) {
         tree.emplace(key, &key);
     }
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         for (const auto key : keys) {
             benchmark::DoNotOptimize(tree.find(key));
         }
@@ -139,7 +139,7 @@ void FindInStdMap(benchmark::State& state) {
 void FirstOfTmySet(benchmark::State& state) {
     TmySet set(0, kThunks - 1);
     set.Add(kThunks - 1);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(set.First());
     }
 }

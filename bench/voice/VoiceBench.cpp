@@ -64,7 +64,7 @@ void RunOverFrames(benchmark::State& run, const Frames& frames, Work&& work) {
     ImbeDecoderState state;
     ImbeInit(state);
     std::size_t next = 0;
-    for (auto _ : run) {
+    for ([[maybe_unused]] auto _ : run) {
         ImbeFrameBlock block = frames[next++ % kFrames];
         work(block, state);
         benchmark::DoNotOptimize(block);
@@ -74,7 +74,7 @@ void RunOverFrames(benchmark::State& run, const Frames& frames, Work&& work) {
 
 void BareFramePass(benchmark::State& run) {
     std::array<std::int32_t, kNominalFrameLength> buffer{};
-    for (auto _ : run) {
+    for ([[maybe_unused]] auto _ : run) {
         for (std::int32_t& value : buffer) {
             value += 3;
         }
@@ -95,7 +95,7 @@ void GolayWord(benchmark::State& run) {
         }
     }
     std::size_t next = 0;
-    for (auto _ : run) {
+    for ([[maybe_unused]] auto _ : run) {
         benchmark::DoNotOptimize(DecodeGolay(words[next++ % kFrames]));
     }
 }
@@ -131,7 +131,7 @@ void RealTransformPair(benchmark::State& run) {
     const int log2 = static_cast<int>(run.range(0));
     std::vector<std::int16_t> buffer(std::size_t{1} << log2);
     std::iota(buffer.begin(), buffer.end(), std::int16_t{-64});
-    for (auto _ : run) {
+    for ([[maybe_unused]] auto _ : run) {
         std::vector<std::int16_t>& work = buffer;
         int exponent = FftReal(work.data(), 0, log2);
         exponent = FftRealInverse(work.data(), exponent, log2);

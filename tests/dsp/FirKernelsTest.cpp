@@ -358,7 +358,8 @@ TYPED_TEST(FirKernels, SaturateIntegersAndRoundToNearestEven) {
             const int inputs[5] = {1, 3, 5, -1, -3};
             const int expected[5] = {0, 2, 2, 0, -2};
             for (std::size_t i = 0; i < in.size(); ++i) {
-                in[i] = static_cast<In>(inputs[i / TypeParam::kChannels]);
+                const std::size_t frame = i / TypeParam::kChannels;
+                in[i] = static_cast<In>(inputs[frame]);
             }
             TypeParam::Run(filter, out.data(), in.data(), 5);
             for (std::size_t i = 0; i < out.size(); ++i) {

@@ -356,11 +356,12 @@ double ToneLevel(TFIR_F32& filter, double frequency) {
     }
     std::vector<float> out(4 * kCount + 4);
     const auto produced = static_cast<std::size_t>(filter.Filter(out.data(), in.data(), kCount));
+    const std::size_t settled = produced / 2;
     double sum = 0.0;
-    for (std::size_t n = produced / 2; n < produced; ++n) {
+    for (std::size_t n = settled; n < produced; ++n) {
         sum += static_cast<double>(out[n]) * out[n];
     }
-    return std::sqrt(2.0 * sum / static_cast<double>(produced - produced / 2));
+    return std::sqrt(2.0 * sum / static_cast<double>(produced - settled));
 }
 
 TEST(TFIR_F32, KeepsTheLevelOfATonesPassbandWhenInterpolating) {

@@ -277,7 +277,8 @@ TEST(DemodulatorCorrelator, Has240TapsAt48000) {
     EXPECT_EQ(bench.inspector.Correlator().GetLength(), 240U);
     const Samples response = ImpulseResponse(bench.inspector, 250);
     for (std::size_t tap = 0; tap < 240; ++tap) {
-        ASSERT_EQ(response[239 - tap], static_cast<float>(kSync[tap / 10])) << "tap " << tap;
+        const std::size_t symbol = tap / 10;
+        ASSERT_EQ(response[239 - tap], static_cast<float>(kSync[symbol])) << "tap " << tap;
     }
     EXPECT_EQ(response[240], 0.0F);
 }
