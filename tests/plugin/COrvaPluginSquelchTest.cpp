@@ -92,6 +92,21 @@ TEST_P(PluginSquelch, AnyOfSeveralComparisonsCloses) {
     EXPECT_EQ(Inside().SquelchBits(), 0U);
 }
 
+TEST_P(PluginSquelch, TheHostsBitStaysWhateverTheSelectionSays) {
+    StartAtRate();
+    Notify(2818, 1);
+    EXPECT_EQ(Inside().SquelchBits(), 1U);
+    Inside().CurrentNac() = 5;
+    Plugin().SetSelectiveSquelchMask(1);
+    EXPECT_EQ(Inside().SquelchBits(), 3U);
+    Plugin().SetSelectiveSquelchValue(1, 5);
+    EXPECT_EQ(Inside().SquelchBits(), 1U);
+    Process(test::Noise(Rate(), 0.1));
+    EXPECT_EQ(Inside().SquelchBits(), 3U);
+    Notify(2304, 2);
+    EXPECT_EQ(Inside().SquelchBits(), 1U);
+}
+
 TEST_P(PluginSquelch, FmModeHasNoSelectiveSquelch) {
     StartAtRate();
     Plugin().SetSelectiveSquelchMask(1);
@@ -249,8 +264,13 @@ TEST_P(PluginSquelch, ATypeOf6IsNoTypeAtAll) {
         SetUpType(type, {});
         Scan();
         host.Clear();
-        Process(test::Carrier(Rate(), kLong));
+        const Samples carrier = test::Carrier(Rate(), kLong);
+        Process(carrier);
         EXPECT_TRUE(host.calls.empty()) << type;
+        // A block is worth nothing unless some bit of it asks for a test.
+        const bool isWorked = type == 6 || type == 0x202;
+        const auto walked = static_cast<std::int32_t>(carrier.size() / kInputBlock * kInputBlock);
+        EXPECT_EQ(Inside().ScanSampleCount(), isWorked ? 1 + walked : 1) << type;
     }
 }
 
@@ -278,6 +298,49 @@ TEST_P(PluginSquelch, TonesAreTold) {
     const auto none = Answer(test::Carrier(Rate(), kLong));
     EXPECT_EQ(none.param, 0U);
     EXPECT_EQ(ValuesOf(none).ctcss, 0);
+}
+
+TEST_P(PluginSquelch, VoiceIsToldByItsThreshold) {
+    StartAtRate();
+    // Half a second of 22 parts, of which two are silent: a share of 2 / 22, and a measure 10 / 3 times that.
+    Samples samples(static_cast<std::size_t>(Rate()) / 2);
+    test::ToneSource tone(1000.0, Rate(), 8000.0);
+    std::generate(samples.begin() + std::ssize(samples) / 8, samples.end(),
+                  [&] { return static_cast<std::int16_t>(tone.Next()); });
+    const auto answerAt = [&](std::int32_t threshold) {
+        SetUpType(256, {.level = 0, .noise = 0, .ctcss = 0, .reserved = {}, .voice = threshold, .dcs = 0});
+        host.Clear();
+        Inside().EvaluateVoiceSquelch(samples.data(), static_cast<std::uint32_t>(samples.size()));
+        EXPECT_EQ(ValuesOf(host.Of(2818).at(0)).voice, 30);
+        return host.Of(2818).at(0).param;
+    };
+    EXPECT_EQ(answerAt(30), 256U);
+    EXPECT_EQ(answerAt(31), 0U);
+}
+
+TEST_P(PluginSquelch, TheVoiceTestIsQuietBelowALevel) {
+    StartAtRate();
+    SetUpType(256, {.level = 0, .noise = 0, .ctcss = 0, .reserved = {}, .voice = 50, .dcs = 0});
+    const auto length = static_cast<std::uint32_t>(Rate()) / 2;
+    // Peaks about the floor: 227 at 48000 Hz and 262 at 64000 Hz have a level of 0.1.
+    squelch::CtbVoiceDetector reference;
+    reference.SetSampleRate(static_cast<float>(Rate()));
+    reference.SetBlockLength(length);
+    reference.SetLevelFloor(0.1F);
+    reference.SetVoiceThreshold(0.5F);
+    int quiet = 0;
+    int loud = 0;
+    for (int peak = 150; peak <= 350; peak += 5) {
+        test::ToneSource tone(1000.0, Rate(), peak);
+        Samples samples(length);
+        std::generate(samples.begin(), samples.end(), [&] { return static_cast<std::int16_t>(tone.Next()); });
+        Inside().EvaluateVoiceSquelch(samples.data(), length);
+        reference.Process(samples.data(), length, 1);
+        EXPECT_EQ(Inside().VoiceDetector().result, reference.result) << peak;
+        ++(reference.result == squelch::kVoiceQuiet ? quiet : loud);
+    }
+    EXPECT_GT(quiet, 0);
+    EXPECT_GT(loud, 0);
 }
 
 TEST_P(PluginSquelch, CodesAreTold) {
@@ -367,8 +430,10 @@ TEST_P(PluginSquelch, ScannerCodesSetTheCount) {
     EXPECT_EQ(Inside().ScanSampleCount(), 1);
     EXPECT_FALSE(Inside().ScanningSquelchSent());
     EXPECT_EQ(Inside().SkipInputSamples(), 0U) << "while scanning nothing is skipped";
+    Inside().ScanningSquelchSent() = true;
     Notify(3840, 0);
     EXPECT_EQ(Inside().ScanSampleCount(), 0);
+    EXPECT_TRUE(Inside().ScanningSquelchSent()) << "the end of the scan asks nothing anew";
 }
 
 TEST_P(PluginSquelch, ARetuneDropsTheBandPlansOfTheLastChannel) {

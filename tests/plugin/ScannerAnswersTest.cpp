@@ -1,15 +1,22 @@
 // What the host's squelch makes of channels at 20 dB, inside its scanner and outside, and when.
+#include "squelch/NoiseMeasure.h"
 #include "tests/plugin/PluginSignals.h"
+#include "tests/plugin/RecordingFixture.h"
 #include "tests/plugin/SquelchFixture.h"
 #include "tests/support/AllocationProbe.h"
 #include "tests/support/DcsEncoder.h"
 #include "tests/support/ScannedChannel.h"
+#include "tests/support/ToneSource.h"
+#include "tests/support/VoiceLikeNoise.h"
 
 #include <algorithm>
 #include <cmath>
 #include <iostream>
 #include <map>
+#include <optional>
+#include <span>
 #include <tuple>
+#include <vector>
 
 namespace orva::plugin {
 
@@ -376,6 +383,254 @@ TEST_P(ScannerAnswers, OutsideAVoiceTestTakesHalfASecondOfTheInputsRate) {
     EXPECT_EQ(first->param, kVoiceType);
 }
 
+namespace {
+
+/// The host's squelch outside of the scanner, put together here once more.
+class SquelchReference {
+public:
+    /// \param processing  what the detectors take for the rate of the audio [Hz]
+    /// \param input       rate of the live samples [Hz]
+    /// \param scanCount   what the count of samples begins with; at 0 it stands
+    SquelchReference(std::uint32_t squelchType, std::uint32_t processing, std::uint32_t input, int scanCount)
+        : type(squelchType), rate(processing), settle(input == 48000 ? 1536 : 2304), count(scanCount) {
+        noiseHighPass.SetSampleRate(static_cast<std::int32_t>(rate));
+        noiseHighPass.SetLength(squelch::kNoiseHighPassTaps);
+        noiseHighPass.SetFilterType(dsp::kFilterHighPass);
+        noiseHighPass.SetLowCut(squelch::kNoiseHighPassHz);
+        tone.SetSampleRate(static_cast<float>(rate));
+        code.SetSampleRate(static_cast<float>(rate));
+        voice.SetSampleRate(static_cast<float>(rate));
+        voice.SetBlockLength(input / 2);
+        voice.SetLevelFloor(0.1F);
+        voice.SetVoiceThreshold(static_cast<float>(kSought.voice) / 100.0F);
+    }
+
+    /// The answer to a block of audio, if there is one. For codes the audio loses its DC.
+    std::optional<std::uint32_t> Hear(Samples& audio) {
+        values = {};
+        Detect(audio);
+        std::optional<std::uint32_t> answer;
+        if (count == 0 || count > settle + Extra()) {
+            answer = Judge() ? type : 0;
+        }
+        count += count == 0 ? 0 : static_cast<int>(audio.size());
+        return answer;
+    }
+
+    SquelchValues values{};
+
+private:
+    void Detect(Samples& audio) {
+        const auto size = static_cast<std::uint32_t>(audio.size());
+        if (type == kNoiseType) {
+            scratch.resize(size);
+            values.noise =
+                squelch::MeasureNoise(noiseHighPass, scratch.data(), noiseLevel, false, audio.data(), size);
+        } else if (type == kToneType) {
+            tone.Process(audio.data(), size, 1);
+        } else if (type == kVoiceType) {
+            voice.Process(audio.data(), size, 1);
+        } else {
+            squelch::DcBlock(dcBlock, audio.data(), size, rate);
+            code.Process(audio.data(), size, 1);
+        }
+    }
+    [[nodiscard]] int Extra() const {
+        const auto second = static_cast<int>(rate);
+        return type == kNoiseType ? 0 : type == kToneType ? second : second / 2;
+    }
+    bool Judge() {
+        if (type == kNoiseType) {
+            return values.noise < kSought.noise;
+        }
+        if (type == kToneType) {
+            values.ctcss = squelch::ScaledCtcssTone(tone.toneIndex);
+            return values.ctcss == kSought.ctcss;
+        }
+        if (type == kVoiceType) {
+            values.voice = static_cast<std::int32_t>(voice.voiceMeasure * 100.0F);
+            return voice.result == squelch::kVoiceSpeech;
+        }
+        count = code.matchCount != 0 ? settle : count;
+        const auto found = std::span(code.matches).first(code.matchCount);
+        const bool isFound = std::ranges::find(found, kSought.dcs) != found.end();
+        values.dcs = isFound ? kSought.dcs : 0;
+        code.matchCount = 0;
+        return isFound;
+    }
+
+    std::uint32_t type;
+    std::uint32_t rate;
+    int settle;
+    int count;
+    float noiseLevel = 0.0F;
+    Samples scratch;
+    dsp::TFIR_F32 noiseHighPass;
+    squelch::CtbToneDetector tone;
+    squelch::CtbDcsDetector code;
+    squelch::CtbVoiceDetector voice;
+    squelch::DcBlockState dcBlock;
+};
+
+/// A block as the FM chain leaves it in its buffer, and the answer to it.
+struct HeardBlock {
+    Samples audio;
+    std::vector<test::FakeHost::Call> answers;
+};
+
+/// Live blocks, or a file of the other rate.
+class ListeningOutside : public ScannerAnswers {
+protected:
+    void SetSource(bool isPlayed) {
+        isFile = isPlayed;
+        rate = isFile ? 112000 - Rate() : Rate();
+    }
+    /// The audio has 16000 Hz, whatever the detectors take it for: what they are to find is slower by that.
+    [[nodiscard]] double Slowness() const { return rate / 16000.0; }
+
+    void StartOutside(const Samples& signal, std::uint32_t type) {
+        StartListening(type);
+        if (isFile) {
+            const test::WaveFormat format{1, 1, static_cast<std::uint32_t>(rate), 16};
+            Plugin().SelectFile(folder.Write("x.if.wav", test::FileBytes(format, signal)).c_str());
+            Plugin().StartPlayback();
+            host.Clear();
+        }
+    }
+
+    /// \param count  what the count of samples begins with
+    std::vector<HeardBlock> Listen(const Samples& signal, std::uint32_t type, bool isFiltered,
+                                   int count = 0) {
+        StartOutside(signal, type);
+        Plugin().SetAFEnabled(isFiltered ? 1 : 0);
+        Inside().ScanSampleCount() = count;
+        const Samples clock(kInputBlock);
+        std::vector<HeardBlock> blocks;
+        const std::size_t length = kInputBlock * static_cast<std::size_t>(rate) / Rate();
+        for (std::size_t i = 0; i + length <= signal.size(); i += length) {
+            host.Clear();
+            Process(isFile ? std::span(clock) : std::span(signal).subspan(i, kInputBlock));
+            const std::int16_t* audio = Inside().DecimatedSamples().Data();
+            blocks.push_back({Samples(audio, audio + AudioBlock()), host.Of(2818)});
+        }
+        Stop();
+        return blocks;
+    }
+    /// Audio before the filter, unless it comes from a filtered block.
+    void ExpectAsTheReference(const std::vector<HeardBlock>& blocks, const std::vector<HeardBlock>& audio,
+                              std::uint32_t type, int count = 0) const {
+        SquelchReference reference(type, static_cast<std::uint32_t>(rate), Rate(), count);
+        ASSERT_EQ(blocks.size(), audio.size());
+        std::size_t passed = 0;
+        std::size_t failed = 0;
+        for (std::size_t i = 0; i < blocks.size(); ++i) {
+            Samples heard = audio[i].audio;
+            const auto expected = reference.Hear(heard);
+            ASSERT_EQ(blocks[i].answers.size(), expected ? 1U : 0U) << type << " block " << i;
+            if (expected) {
+                ASSERT_EQ(blocks[i].answers[0].param, *expected) << type << " block " << i;
+                const SquelchValues values = ValuesOf(blocks[i].answers[0]);
+                ASSERT_EQ(std::memcmp(&values, &reference.values, sizeof values), 0)
+                    << type << " block " << i;
+                ++(*expected != 0 ? passed : failed);
+            }
+        }
+        EXPECT_GT(passed, 0U) << type;
+        EXPECT_GT(failed, 0U) << type;
+    }
+
+    test::TemporaryFolder folder;
+    bool isFile = false;
+    int rate = 0; ///< of the signal [Hz]
+};
+
+constexpr std::uint32_t kNoType = 0;
+
+} // namespace
+
+TEST_P(ListeningOutside, NoiseIsMeasuredBeforeTheAudioFilter) {
+    for (const bool isPlayed : {false, true}) {
+        SetSource(isPlayed);
+        Samples signal = test::Noise(rate, 0.5);
+        const Samples carrier = test::Carrier(rate, 1.0);
+        signal.insert(signal.end(), carrier.begin(), carrier.end());
+        // The level follows the noise while nothing is answered yet.
+        ExpectAsTheReference(Listen(signal, kNoiseType, true, 1), Listen(signal, kNoType, false), kNoiseType,
+                             1);
+    }
+}
+
+TEST_P(ListeningOutside, TonesAreFoundBeforeTheAudioFilter) {
+    for (const bool isPlayed : {false, true}) {
+        SetSource(isPlayed);
+        test::ToneSource tone(test::kSoughtTone / Slowness(), rate);
+        const Samples signal = test::FmSignal(
+            rate, 1.5 * Slowness(), [&] { return 0.2 * tone.Next(); }, kSnr);
+        ExpectAsTheReference(Listen(signal, kToneType, true), Listen(signal, kNoType, false), kToneType);
+    }
+}
+
+TEST_P(ListeningOutside, CodesAreFoundAtTheRateOfWhatIsPlayed) {
+    // Past the demodulator, which lets nothing so slow through.
+    constexpr int kTurns = 90;
+    for (const bool isPlayed : {false, true}) {
+        SetSource(isPlayed);
+        StartOutside({}, kCodeType);
+        SquelchReference reference(kCodeType, static_cast<std::uint32_t>(rate), Rate(), 0);
+        test::DcsEncoder encoder(test::kSoughtCode, false, static_cast<int>(16000 * Slowness()));
+        std::size_t passed = 0;
+        for (int i = 0; i < kTurns; ++i) {
+            Samples audio(static_cast<std::size_t>(AudioBlock()));
+            std::generate(audio.begin(), audio.end(),
+                          [&] { return static_cast<std::int16_t>(500.0 - 1000.0 * encoder.NextLevel()); });
+            Samples heard = audio;
+            host.Clear();
+            Inside().EvaluateHostSquelch(audio.data(), static_cast<std::uint32_t>(audio.size()));
+            if (Inside().ScanSampleCount() != 0) {
+                Inside().ScanSampleCount() += AudioBlock();
+            }
+            const auto expected = reference.Hear(heard);
+            EXPECT_EQ(audio, heard) << "without its DC";
+            ASSERT_EQ(host.Of(2818).size(), expected ? 1U : 0U) << i;
+            if (expected) {
+                EXPECT_EQ(host.Of(2818)[0].param, *expected) << i;
+                passed += *expected != 0 ? 1 : 0;
+            }
+        }
+        EXPECT_GT(passed, 0U);
+        Stop();
+    }
+}
+
+TEST_P(ListeningOutside, CodesTakeTheDcOutOfWhatIsHeard) {
+    for (const bool isPlayed : {false, true}) {
+        SetSource(isPlayed);
+        const Samples signal = test::FmTone(rate, 1.0, 300.0);
+        const std::vector<HeardBlock> blocks = Listen(signal, kCodeType, false);
+        std::vector<HeardBlock> audio = Listen(signal, kNoType, false);
+        ASSERT_EQ(blocks.size(), audio.size());
+        squelch::DcBlockState dcBlock;
+        for (std::size_t i = 0; i < blocks.size(); ++i) {
+            EXPECT_NE(blocks[i].audio, audio[i].audio) << i;
+            squelch::DcBlock(dcBlock, audio[i].audio.data(), static_cast<std::uint32_t>(AudioBlock()),
+                             static_cast<std::uint32_t>(rate));
+            EXPECT_EQ(blocks[i].audio, audio[i].audio) << i;
+        }
+    }
+}
+
+TEST_P(ListeningOutside, VoiceIsHeardBehindTheAudioFilter) {
+    for (const bool isPlayed : {false, true}) {
+        SetSource(isPlayed);
+        test::VoiceLikeNoise voice({.sampleRate = rate});
+        const Samples signal = test::FmSignal(
+            rate, 9.0, [&] { return voice.Next(); }, kSnr);
+        const std::vector<HeardBlock> blocks = Listen(signal, kVoiceType, true);
+        ExpectAsTheReference(blocks, blocks, kVoiceType);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rates, ListeningOutside, testing::Values(48000, 64000));
 INSTANTIATE_TEST_SUITE_P(Rates, ScannerAnswers, testing::Values(48000, 64000));
 
 } // namespace orva::plugin
