@@ -37,6 +37,7 @@ struct COrvaPluginInspector {
     [[nodiscard]] auto& WaveIn() const { return plugin.waveIn; }
     [[nodiscard]] auto& ReceiverRecord() const { return plugin.receiverRecord; }
     [[nodiscard]] auto& DemodulationMode() const { return plugin.demodulationMode; }
+    [[nodiscard]] auto& Demodulator() const { return plugin.demodulator; }
     [[nodiscard]] auto& FrameDecoder() const { return plugin.frameDecoder; }
     [[nodiscard]] auto& AnalogDemodulator() const { return plugin.analogDemodulator; }
     [[nodiscard]] auto& FreeAudioBlocks() const { return plugin.freeAudioBlocks; }

@@ -1,7 +1,10 @@
 // Playback: files of intermediate frequency through the decoder, files of audio straight to the output.
+#include "tests/p25/COrvaDemodulatorInspector.h"
 #include "tests/plugin/PluginSignals.h"
 #include "tests/plugin/RecordingFixture.h"
 #include "tests/support/AllocationProbe.h"
+#include "tests/support/Transmission.h"
+#include "tests/support/TrunkingMessage.h"
 #include "tests/tools/EventLines.h"
 #include "tests/tools/ProgramRun.h"
 
@@ -48,6 +51,30 @@ protected:
             Process(silence);
         }
     }
+
+    /// Leaves traces in both decoders, which a reset removes.
+    void MarkDecoders() {
+        p25::COrvaDemodulatorInspector{Inside().Demodulator()}.MixFrequency() = kMarkedFrequency;
+        Inside().FrameDecoder().Decode(dibits.data(), static_cast<std::int32_t>(dibits.size()));
+        ASSERT_NE(Inside().FrameDecoder().GetTransmission(), 0U);
+    }
+    [[nodiscard]] bool AreDecodersReset() const {
+        p25::COrvaDemodulatorInspector demodulator{Inside().Demodulator()};
+        const bool isDemodulatorReset = demodulator.MixFrequency() != kMarkedFrequency;
+        EXPECT_EQ(Inside().FrameDecoder().GetTransmission() == 0, isDemodulatorReset) << "both or none";
+        return isDemodulatorReset;
+    }
+
+private:
+    static constexpr double kMarkedFrequency = 12345.0; // [Hz]
+
+    /// A control channel's, without an end.
+    const std::string dibits = [] {
+        test::Transmission transmission;
+        const std::vector<test::TrunkingData> messages = {test::GroupGrant({1, 8}, 1234, 56789, 0)};
+        transmission.AddTrunking(test::kCallNac, messages);
+        return transmission.Dibits();
+    }();
 };
 
 class PluginPlaybackRates : public PluginPlayback, public testing::WithParamInterface<int> {
@@ -82,6 +109,9 @@ TEST_F(PluginPlayback, AsksForTheStreamValueAndGivesItBackAtTheEnd) {
 
 TEST_F(PluginPlayback, ShowsTheStartOfAnIfFile) {
     StartAtRate(48000);
+    SetMode(DemodulationMode::Fm);
+    Process(test::FmTone(48000, 0.5));
+    ASSERT_FALSE(IsGathering());
     Notify(2818, 1);
     spectrum.squelchedShown.clear();
     Play("x.if.wav", Ramp(9));
@@ -529,6 +559,32 @@ TEST_F(PluginPlayback, AnUnsupportedRateYieldsAQuarter) {
 }
 
 // --- seeking -----------------------------------------------------------------------------------------------
+
+TEST_F(PluginPlayback, TheDecodersStartAnewWithAFileAndBehindIt) {
+    StartAtRate(48000);
+    MarkDecoders();
+    Play("x.wav", Ramp(200000), AtRate(16000));
+    EXPECT_FALSE(AreDecodersReset()) << "nothing of audio comes to them";
+    Plugin().StopFile();
+    EXPECT_TRUE(AreDecodersReset());
+    MarkDecoders();
+    Play("x.if.wav", Ramp(200000));
+    EXPECT_TRUE(AreDecodersReset());
+    MarkDecoders();
+    Plugin().StepFile(1);
+    EXPECT_FALSE(AreDecodersReset()) << "a step goes on";
+    Plugin().SeekFile(50000);
+    EXPECT_TRUE(AreDecodersReset());
+    MarkDecoders();
+    Plugin().StopFile();
+    EXPECT_TRUE(AreDecodersReset());
+    EXPECT_EQ(Inside().FileSampleRate(), 0U);
+    // A recording is no break in what comes in.
+    MarkDecoders();
+    RecordIf("new");
+    Plugin().StopFile();
+    EXPECT_FALSE(AreDecodersReset());
+}
 
 TEST_F(PluginPlayback, SeekingShowsThePlaceAndStartsTheDecoderAnew) {
     StartAtRate(48000);

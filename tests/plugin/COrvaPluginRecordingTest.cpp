@@ -735,6 +735,28 @@ TEST_P(PluginRecordingRates, ARecordingWaitsForSignalAndLosesNoneOfIt) {
     EXPECT_EQ(File("rec.if.wav").samples, expected);
 }
 
+TEST_P(PluginRecordingRates, TheSquelchIsEvaluatedBeforeTheSignalIsLookedAt) {
+    StartAtRate(Rate());
+    Plugin().SetSelectiveSquelchValue(1, test::kCallNac);
+    Plugin().SetSelectiveSquelchMask(1);
+    Plugin().SetPauseUnderSquelch(1);
+    Plugin().SetPauseNoOrva(1);
+    RecordIf();
+    const Samples signal = test::CallSignal(Rate(), test::kAlgorithmClear, 1);
+    Process(std::span(signal).first(kBlock));
+    ASSERT_EQ(Inside().PauseFlags(), kSquelched | kNoSignal);
+    // Both reasons go with the block that has the code and the signal: it is in the file.
+    std::size_t begin = 0;
+    while (Inside().PauseFlags() != 0 && begin + 2 * kBlock <= signal.size()) {
+        begin += kBlock;
+        Process(std::span(signal).subspan(begin, kBlock));
+    }
+    ASSERT_EQ(Inside().PauseFlags(), 0U);
+    Plugin().StopFile();
+    const auto first = signal.begin() + static_cast<std::ptrdiff_t>(begin);
+    EXPECT_EQ(File("rec.if.wav").samples, Samples(first, first + kBlock));
+}
+
 TEST_F(PluginRecording, ABlockThatOnlyResumesIsWrittenOnce) {
     StartAtRate(48000);
     Plugin().SetPauseNoOrva(1);
