@@ -92,20 +92,42 @@ TEST(RecordingLimit, IsTwoThousandMillionBytesAndMayBePassedByOneWrite) {
     memory.kept = kHeaderBytes;
     CtbWaveFile file(memory.Platform());
     ASSERT_TRUE(file.Create(kPath, kRate));
-    const Samples many(4'000'000);
+    constexpr std::uint32_t kLimit = 2'000'000'000;
     constexpr std::uint32_t kMany = 4'000'000;
-    constexpr std::uint32_t kWrites = 250; // 250 times 8000000 bytes, and the header, reach the limit
-    for (std::uint32_t i = 0; i < kWrites; ++i) {
-        ASSERT_TRUE(file.Write(many.data(), kMany)) << file.GetFileSize();
+    const Samples many(kMany);
+    // To the last sample below the limit.
+    while (file.GetFileSize() < kLimit - 2) {
+        const std::uint32_t room = (kLimit - 2 - file.GetFileSize()) / 2;
+        ASSERT_TRUE(file.Write(many.data(), std::min(room, kMany))) << file.GetFileSize();
     }
-    EXPECT_EQ(file.GetFileSize(), 2'000'000'046U);
+    EXPECT_TRUE(file.Write(many.data(), kMany)) << "tested before the write";
+    constexpr std::uint32_t kReached = kLimit - 2 + 2 * kMany;
+    EXPECT_EQ(file.GetFileSize(), kReached);
     EXPECT_FALSE(file.Write(many.data(), 1));
     EXPECT_FALSE(file.Write(many.data(), 0));
-    EXPECT_EQ(file.GetFileSize(), 2'000'000'046U);
-    EXPECT_EQ(file.GetDataSize(), 2'000'000'000U);
+    EXPECT_EQ(file.GetFileSize(), kReached);
+    EXPECT_EQ(file.GetDataSize(), kReached - kHeaderBytes);
     EXPECT_FALSE(file.Close()) << "samples were refused";
-    EXPECT_EQ(NumberAt(Contents(memory), 42), 2'000'000'000U);
-    EXPECT_EQ(NumberAt(Contents(memory), 4), 2'000'000'038U);
+    EXPECT_EQ(NumberAt(Contents(memory), 42), kReached - kHeaderBytes);
+    EXPECT_EQ(NumberAt(Contents(memory), 4), kReached - 8);
+}
+
+TEST(RecordingLimit, RefusesTheFirstWriteOnceItIsReached) {
+    test::MemoryFiles memory;
+    memory.kept = kHeaderBytes;
+    CtbWaveFile file(memory.Platform());
+    ASSERT_TRUE(file.Create(kPath, kRate));
+    constexpr std::uint32_t kLimit = 2'000'000'000;
+    constexpr std::uint32_t kMany = 4'000'000;
+    const Samples many(kMany);
+    while (file.GetFileSize() < kLimit) {
+        const std::uint32_t room = (kLimit - file.GetFileSize()) / 2;
+        ASSERT_TRUE(file.Write(many.data(), std::min(room, kMany))) << file.GetFileSize();
+    }
+    EXPECT_EQ(file.GetFileSize(), kLimit);
+    EXPECT_FALSE(file.Write(many.data(), 1));
+    EXPECT_EQ(file.GetFileSize(), kLimit);
+    EXPECT_EQ(file.GetDataSize(), kLimit - kHeaderBytes);
 }
 
 TEST(RecordingLimit, IsTestedBeforeTheWrite) {
