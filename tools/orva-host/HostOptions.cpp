@@ -47,7 +47,6 @@ bool ReadHostOptions(int argumentCount, const char* const* arguments, HostOption
     CLI::App app("A bench host for receiver plug-ins: starts one, shows every code in both directions.",
                  "orva-host");
     app.allow_windows_style_options(false); // a path may begin with a slash
-    app.allow_windows_style_options(false); // a path may begin with a slash
     std::vector<std::string> answers;
     std::vector<std::string> reactions;
     bool hasNoRecord = false;
