@@ -546,6 +546,9 @@ protected:
 
 constexpr std::uint32_t kNoType = 0;
 
+/// With so much of the wait over, one at the lower rate is at its end and one at the higher is not.
+constexpr int kSlowRate = 48000;
+
 } // namespace
 
 TEST_P(ListeningOutside, NoiseIsMeasuredBeforeTheAudioFilter) {
@@ -566,7 +569,9 @@ TEST_P(ListeningOutside, TonesAreFoundBeforeTheAudioFilter) {
         test::ToneSource tone(test::kSoughtTone / Slowness(), rate);
         const Samples signal = test::FmSignal(
             rate, 1.5 * Slowness(), [&] { return 0.2 * tone.Next(); }, kSnr);
-        ExpectAsTheReference(Listen(signal, kToneType, true), Listen(signal, kNoType, false), kToneType);
+        const int count = Wait(kNoiseType) + kSlowRate;
+        ExpectAsTheReference(Listen(signal, kToneType, true, count), Listen(signal, kNoType, false),
+                             kToneType, count);
     }
 }
 
@@ -625,8 +630,9 @@ TEST_P(ListeningOutside, VoiceIsHeardBehindTheAudioFilter) {
         test::VoiceLikeNoise voice({.sampleRate = rate});
         const Samples signal = test::FmSignal(
             rate, 9.0, [&] { return voice.Next(); }, kSnr);
-        const std::vector<HeardBlock> blocks = Listen(signal, kVoiceType, true);
-        ExpectAsTheReference(blocks, blocks, kVoiceType);
+        const int count = Wait(kNoiseType) + kSlowRate / 2;
+        const std::vector<HeardBlock> blocks = Listen(signal, kVoiceType, true, count);
+        ExpectAsTheReference(blocks, blocks, kVoiceType, count);
     }
 }
 
