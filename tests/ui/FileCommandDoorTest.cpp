@@ -26,18 +26,22 @@ public:
     }
     void StartPlayback() override {
         asked.emplace_back("play");
-        door.SetActivity(Activity::Playing);
+        if (canStart) {
+            door.SetActivity(Activity::Playing);
+        }
     }
     void StartRecording() override {
         asked.emplace_back("record");
         choice = door.TakeChoice();
-        if (canRecord) {
+        if (canStart) {
             door.SetActivity(Activity::Recording);
         }
     }
     void StopFile() override {
         asked.emplace_back("stop");
-        door.SetActivity(Activity::Rest);
+        if (canStop) {
+            door.SetActivity(Activity::Rest);
+        }
     }
     void SetPause(bool isOn) override { asked.emplace_back(isOn ? "pause" : "resume"); }
     void SeekFile(std::uint32_t position) override { asked.push_back("seek " + std::to_string(position)); }
@@ -49,7 +53,8 @@ public:
     Asked asked;
     std::optional<RecordingChoice> choice;
     bool canPlay = true;
-    bool canRecord = true;
+    bool canStart = true;
+    bool canStop = true;
 };
 
 class FileCommandDoorTest : public testing::Test {
@@ -76,10 +81,27 @@ TEST_F(FileCommandDoorTest, ChoosesNameFolderAndKindOfARecording) {
     EXPECT_EQ(owner.asked, (Asked{"record", "stop", "record"}));
 }
 
-TEST_F(FileCommandDoorTest, TellsWhenARecordingDidNotBegin) {
-    owner.canRecord = false;
-    EXPECT_TRUE(door.Perform(FileCommand::RecordAudio, "call", owner));
-    EXPECT_FALSE(door.HasSucceeded(FileCommand::RecordAudio));
+TEST_F(FileCommandDoorTest, TellsWhenTheOwnerDidNotDoWhatItWasAsked) {
+    owner.canStart = false;
+    for (const FileCommand command : {FileCommand::RecordIf, FileCommand::RecordAudio, FileCommand::Play}) {
+        EXPECT_TRUE(door.Perform(command, "call", owner));
+        EXPECT_FALSE(door.HasSucceeded(command));
+    }
+    owner.canStop = false; // the end waits for something
+    door.SetActivity(Activity::Playing);
+    EXPECT_TRUE(door.Perform(FileCommand::Stop, "", owner));
+    EXPECT_FALSE(door.HasSucceeded(FileCommand::Stop));
+}
+
+TEST_F(FileCommandDoorTest, DropsAChoiceThatNobodyTook) {
+    class Idler : public Owner {
+    public:
+        using Owner::Owner;
+        void StartRecording() override {}
+    } idler(door);
+    EXPECT_TRUE(door.Perform(FileCommand::RecordIf, "call", idler));
+    door.DropChoice();
+    EXPECT_FALSE(door.TakeChoice());
 }
 
 TEST_F(FileCommandDoorTest, PlaysOnlyWhatCanBePlayed) {
