@@ -88,7 +88,7 @@ BenchHost::BenchHost(const HostOptions& hostOptions)
     windowClass.lpszClassName = kWindowClass;
     RegisterClassA(&windowClass);
     window = CreateWindowExA(0, kWindowClass, "orva-host", WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT,
-                             320, 120, nullptr, nullptr, windowClass.hInstance, nullptr);
+                             CW_USEDEFAULT, CW_USEDEFAULT, nullptr, nullptr, windowClass.hInstance, nullptr);
     if (window == nullptr) {
         throw std::runtime_error("cannot make a window");
     }
