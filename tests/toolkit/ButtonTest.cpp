@@ -421,8 +421,10 @@ TEST_F(Button, SpacePressesAndClicksWhenItIsReleased) {
 }
 
 TEST_F(Button, EachRepeatOfSpaceIsAPressAndItsReleaseOneClick) {
-    for (int count = 1; count <= 3; ++count) {
-        KeyDown(*button, VK_SPACE);
+    constexpr LPARAM kRepeated = 0x40000001;
+    KeyDown(*button, VK_SPACE);
+    for (int count = 2; count <= 3; ++count) {
+        Send(*button, WM_KEYDOWN, VK_SPACE, kRepeated);
         EXPECT_EQ(presses.count, count);
     }
     KeyUp(*button, VK_SPACE);
