@@ -38,7 +38,7 @@ ReceivedCall Receive(const Signal& signal) {
     if (signal.snrDb != kNoNoise) {
         settings.snrDb = signal.snrDb;
     }
-    const ReceivedCall call(settings, kSuperframes);
+    ReceivedCall call(settings, kSuperframes);
     std::cout << "[ measured ] " << testing::PrintToString(signal) << ": " << call.DibitErrorPercent()
               << " % of the dibits wrong, " << call.ExactVoicePercent() << " % of the voice frames exact\n";
     return call;

@@ -113,7 +113,7 @@ TEST(CtbResampler, ChoosesKnownRatios) {
 
 TEST(CtbResampler, TakesTheSmallestUpWithinTheTolerance) {
     for (const double target : {1378.0, 2688.0}) {
-        for (int input = 1000; input <= 200000; input += 777) {
+        for (std::uint32_t input = 1000; input <= 200000; input += 777) {
             CtbResampler resampler;
             ASSERT_TRUE(
                 resampler.Configure(3, static_cast<float>(input), static_cast<float>(target), kTolerance));

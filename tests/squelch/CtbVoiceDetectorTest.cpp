@@ -311,7 +311,6 @@ TEST(CtbVoiceDetector, FilterAndSignRunThroughFromBlockToBlock) {
     test::ToneSource tone(900.0, kRate, 8000.0);
     const Samples samples = Make(4 * 1000, [&] { return tone.Next(); });
     Detector detector(0.5F, 1000);
-    Reference reference;
     for (std::ptrdiff_t begin = 0; begin < 4000; begin += 1000) {
         const Samples block(samples.begin() + begin, samples.begin() + begin + 1000);
         detector.Take(block);

@@ -47,13 +47,13 @@ void FloatUnvoicedSynthesis::Reset() {
 }
 
 void FloatUnvoicedSynthesis::Write(std::span<double> buffer, const FloatVoiceFrame& frame) {
-    constexpr int stages = 8;
+    constexpr int kStages = 8;
     Spectrum spectrum = NoiseSpectrum();
     const int exponent = Shape(spectrum, frame);
 
     std::array<double, kRecordLength> record{};
     const auto period = std::span(record).first<kTransformLength>();
-    const int recordExponent = InverseRealTransform(spectrum, period, exponent, stages);
+    const int recordExponent = InverseRealTransform(spectrum, period, exponent, kStages);
     const bool isHeard = recordExponent - 2 >= -15;
     for (double& value : period) {
         value = isHeard ? std::ldexp(value, recordExponent) : 0.0;

@@ -56,11 +56,11 @@ public:
 
     // Minimum phase of harmonic l in cycles, not wrapped.
     double PhaseAt(int l) const {
-        constexpr int taps[] = {18411, 6137, 3682, 2630, 2046, 1674, 1416, 1227, 1083, 969};
+        constexpr int kTaps[] = {18411, 6137, 3682, 2630, 2046, 1674, 1416, 1227, 1083, 969};
         double phase = 0.0;
-        for (int j = 0; j < static_cast<int>(std::size(taps)); ++j) {
+        for (int j = 0; j < static_cast<int>(std::size(kTaps)); ++j) {
             // A Q15 tap, doubled, by Q11 octaves, and 2^30 to the cycle.
-            phase += std::ldexp(taps[j], 1 + 11 - 30) * (At(l + 1 + 2 * j) - At(l - 1 - 2 * j));
+            phase += std::ldexp(kTaps[j], 1 + 11 - 30) * (At(l + 1 + 2 * j) - At(l - 1 - 2 * j));
         }
         return phase;
     }

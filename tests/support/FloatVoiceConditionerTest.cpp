@@ -57,15 +57,15 @@ TEST(FloatVoiceConditioner, FlatSpectrumHasNoPhaseInItsMiddle) {
 
 TEST(FloatVoiceConditioner, RisingSpectrumLeads) {
     // Ten taps of 18411 / (2 j + 1) on differences of 2 (2 j + 1) harmonics: ten times the same.
-    constexpr double slope = 0.05;
+    constexpr double kSlope = 0.05;
     FloatVoiceConditioner conditioner;
     FloatVoiceFrame frame = VoicedFrame(kPitchCode);
     LogSpectrum spectrum{};
     for (std::size_t i = 0; i < spectrum.size(); ++i) {
-        spectrum[i] = 2.0 + slope * static_cast<double>(i);
+        spectrum[i] = 2.0 + kSlope * static_cast<double>(i);
     }
     conditioner.Condition(frame, spectrum, {});
-    const double expected = 10.0 * 2.0 * slope * 18411.0 / 32768.0 / 8.0;
+    const double expected = 10.0 * 2.0 * kSlope * 18411.0 / 32768.0 / 8.0;
     for (std::size_t l = 20; l <= 37; ++l) {
         EXPECT_NEAR(Cycles(conditioner.Phases()[l - 1]), expected, 1e-4) << l;
     }
