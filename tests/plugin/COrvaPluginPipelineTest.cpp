@@ -268,6 +268,20 @@ TEST_P(PluginPipeline, AnEncryptedCallIsHeardOnRequest) {
     EXPECT_EQ(Played(), test::AtVolume(portable.voice, kVolume));
 }
 
+TEST_P(PluginPipeline, ACallJoinedLateIsHeardUntilItsAlgorithmIsKnown) {
+    StartAtRate();
+    SetMode(DemodulationMode::Digital);
+    const Samples whole = test::CallSignal(Rate(), 0x84);
+    const Samples signal(whole.begin() + Rate() * 6 / 10, whole.end()); // behind the header
+    test::PortableDecoder portable(Rate());
+    Decode(portable, signal);
+    ASSERT_GE(std::count(portable.algorithms.begin(), portable.algorithms.end(), -1), 1);
+    ASSERT_GE(std::count(portable.algorithms.begin(), portable.algorithms.end(), 0x84), 1);
+    Process(signal);
+    EXPECT_EQ(Played(), test::AtVolume(WithoutEncrypted(portable), kVolume));
+    EXPECT_FALSE(IsSilent(Played()));
+}
+
 TEST_P(PluginPipeline, SquelchSilencesACallButKeepsItsPace) {
     StartAtRate();
     SetMode(DemodulationMode::Digital);
