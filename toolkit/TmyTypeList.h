@@ -28,7 +28,9 @@ public:
     }
 
     /// The record at `index`, the list's own; null outside the list.
-    Record* Get(std::int32_t index) const { return reinterpret_cast<Record*>(TmyList::Get(index)); }
+    Record* Get(std::int32_t index) const {
+        return reinterpret_cast<Record*>(TmyList::Get(index)); // NOLINT(performance-no-int-to-ptr)
+    }
 
     /// Index of this record, or -1.
     std::int32_t IndexOf(const Record* record) const {

@@ -71,8 +71,8 @@ void AddContinuingTrack(std::span<double> buffer, double oldAmplitude, double am
 }
 
 bool IsPitchClose(int oldFundamental, int fundamental) {
-    constexpr int limit = 6553; // 0.2, Q15
-    return std::abs(fundamental - oldFundamental) * 65536 < limit * fundamental * 2;
+    constexpr int kLimit = 6553; // 0.2, Q15
+    return std::abs(fundamental - oldFundamental) * 65536 < kLimit * fundamental * 2;
 }
 
 } // namespace
@@ -120,8 +120,8 @@ void FloatVoicedSynthesis::AddLowHarmonics(std::span<double> buffer, const Float
 
 void FloatVoicedSynthesis::AddHighHarmonics(std::span<double> buffer, const FloatVoiceFrame& old,
                                             const FloatVoiceFrame& next, const PhaseOffsets& phases) {
-    constexpr int fadeLength = kFadeEnd - kFadeStart;
-    const auto fade = buffer.subspan(kFadeStart, fadeLength);
+    constexpr int kFadeLength = kFadeEnd - kFadeStart;
+    const auto fade = buffer.subspan(kFadeStart, kFadeLength);
     const int oldIncrement = old.fundamental << 4;
     const int phase = AddTable(buffer.first(kFadeStart), 0, oldIncrement, kUnityGain, 0);
     AddTable(fade, phase, oldIncrement, 32750, -655);
@@ -133,7 +133,7 @@ void FloatVoicedSynthesis::AddHighHarmonics(std::span<double> buffer, const Floa
 }
 
 void FloatVoicedSynthesis::BuildTable(const FloatVoiceFrame& frame, const PhaseOffsets& phases) {
-    constexpr int stages = 7;
+    constexpr int kStages = 7;
     double largest = 0.0;
     for (int l = kLowHarmonics + 1; l <= frame.harmonics; ++l) {
         const auto i = static_cast<std::size_t>(l - 1);
@@ -155,7 +155,7 @@ void FloatVoicedSynthesis::BuildTable(const FloatVoiceFrame& frame, const PhaseO
         }
     }
     const auto period = std::span(table).first(kTableLength);
-    const int exponent = InverseRealTransform(spectrum, period, amplitudeExponent + stages, stages);
+    const int exponent = InverseRealTransform(spectrum, period, amplitudeExponent + kStages, kStages);
     // A table of so small an exponent is never read.
     const bool isHeard = exponent - 2 >= -15;
     for (double& value : period) {
@@ -167,9 +167,9 @@ void FloatVoicedSynthesis::BuildTable(const FloatVoiceFrame& frame, const PhaseO
 // phase and increment are Q23 periods, gain is Q15.
 int FloatVoicedSynthesis::AddTable(std::span<double> buffer, int phase, int increment, int gain,
                                    int gainStep) const {
-    constexpr int periodMask = (1 << 23) - 1;
+    constexpr int kPeriodMask = (1 << 23) - 1;
     for (double& sum : buffer) {
-        phase &= periodMask;
+        phase &= kPeriodMask;
         const auto index = static_cast<std::size_t>(phase >> 16);
         const double fraction = (phase & 0xFFFF) / 65536.0;
         const double value = table[index] + fraction * (table[index + 1] - table[index]);

@@ -171,22 +171,22 @@ VoiceParameters SentenceFrame(std::size_t index) {
 constexpr std::size_t kVowelFrames = 30;
 
 VoiceParameters VowelFrame(std::size_t index) {
-    constexpr double pitchesHz[] = {110.0, 220.0, 80.0, 150.0, 330.0};
+    constexpr double kPitchesHz[] = {110.0, 220.0, 80.0, 150.0, 330.0};
     const std::size_t vowel = index / kVowelFrames % std::size(kVowels);
-    return Say(kVowels[vowel], PitchCodeOf(pitchesHz[vowel]), kLoud);
+    return Say(kVowels[vowel], PitchCodeOf(kPitchesHz[vowel]), kLoud);
 }
 
 VoiceParameters GlideFrame(std::size_t index) {
     // Two pitch codes a frame, so that neighbouring frames stay within the tracks of the low harmonics.
-    constexpr int turn = kPitchCodes - 1;
-    const int place = static_cast<int>(2 * index % (2 * turn));
-    return Say(kA, place <= turn ? place : 2 * turn - place, kLoud);
+    constexpr int kTurn = kPitchCodes - 1;
+    const int place = static_cast<int>(2 * index % (2 * kTurn));
+    return Say(kA, place <= kTurn ? place : 2 * kTurn - place, kLoud);
 }
 
 VoiceParameters JumpFrame(std::size_t index) {
-    constexpr double pitchesHz[] = {100.0, 140.0, 200.0, 90.0, 300.0, 125.0};
+    constexpr double kPitchesHz[] = {100.0, 140.0, 200.0, 90.0, 300.0, 125.0};
     const std::size_t jump = index / 4;
-    return Say(kVowels[jump / 3 % std::size(kVowels)], PitchCodeOf(pitchesHz[jump % std::size(pitchesHz)]),
+    return Say(kVowels[jump / 3 % std::size(kVowels)], PitchCodeOf(kPitchesHz[jump % std::size(kPitchesHz)]),
                kLoud);
 }
 

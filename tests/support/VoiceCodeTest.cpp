@@ -69,12 +69,12 @@ TEST(VoiceCode, EveryTransmittedBitHasAPositionOfItsOwn) {
 }
 
 TEST(VoiceCode, DequantiseAgreesWithTheIntegerFormula) {
-    constexpr int stepOfWidth[] = {0, 4915, 6963, 10650, 13107, 18350, 19661, 20972, 20972, 20972, 20972};
+    constexpr int kStepOfWidth[] = {0, 4915, 6963, 10650, 13107, 18350, 19661, 20972, 20972, 20972, 20972};
     for (int bits = 1; bits <= 10; ++bits) {
         for (int coefficient = 1; coefficient <= 5; ++coefficient) {
             const int deviation = GainDeviation(coefficient);
             for (int code = 0; code < 1 << bits; ++code) {
-                const int expected = DequantiseInteger(code, bits, deviation, stepOfWidth[bits]);
+                const int expected = DequantiseInteger(code, bits, deviation, kStepOfWidth[bits]);
                 ASSERT_EQ(2048.0 * Dequantise(code, bits, deviation), expected)
                     << "bits " << bits << " coefficient " << coefficient << " code " << code;
             }

@@ -45,10 +45,10 @@ private:
 };
 
 std::array<std::uint8_t, kChannelBits> Deinterleave(std::span<const std::uint8_t> received) {
-    constexpr std::size_t firstPositions[] = {0, 24, 48, 72, 96, 120, 25, 1, 73, 49, 121, 97};
+    constexpr std::size_t kFirstPositions[] = {0, 24, 48, 72, 96, 120, 25, 1, 73, 49, 121, 97};
     std::array<std::uint8_t, kChannelBits> coded{};
     for (std::size_t i = 0; i < coded.size(); ++i) {
-        coded[2 * (i / 12) + firstPositions[i % 12]] = received[i];
+        coded[2 * (i / 12) + kFirstPositions[i % 12]] = received[i];
     }
     return coded;
 }

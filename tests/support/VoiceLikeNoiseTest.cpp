@@ -36,7 +36,7 @@ TEST(VoiceLikeNoise, HasPausesAndLoudStretches) {
     for (int part = 0; part < 1000; ++part) {
         double power = 0.0;
         for (const double sample : Take(voice, kRate / 50)) {
-            power += sample * sample / (kRate / 50);
+            power += sample * sample * 50.0 / kRate;
         }
         pauses += power < 1e-6 ? 1 : 0;
         loud += power > 0.01 ? 1 : 0;

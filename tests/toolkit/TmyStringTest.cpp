@@ -106,7 +106,8 @@ TEST(TmyString, TheLastCopyIsAsGoodAsTheFirst) {
 
 TEST(TmyString, AssignsAnyText) {
     TmyString text("text");
-    text = text;
+    const TmyString& itself = text;
+    text = itself;
     EXPECT_EQ(Copy(text), "text");
     text.Assign(TmyString("other"));
     EXPECT_EQ(Copy(text), "other");
