@@ -200,10 +200,10 @@ TEST(ModelAgreement, ChannelErrorsUpToEightPercent) {
         SpeechKind kind;
         int percent;
     };
-    constexpr Case cases[] = {{SpeechKind::Sentence, 1}, {SpeechKind::Mixed, 2},    {SpeechKind::Glide, 3},
-                              {SpeechKind::Sentence, 4}, {SpeechKind::Jumps, 5},    {SpeechKind::Glide, 6},
-                              {SpeechKind::Mixed, 7},    {SpeechKind::Sentence, 8}, {SpeechKind::Noise, 8}};
-    for (const auto& [kind, percent] : cases) {
+    constexpr Case kCases[] = {{SpeechKind::Sentence, 1}, {SpeechKind::Mixed, 2},    {SpeechKind::Glide, 3},
+                               {SpeechKind::Sentence, 4}, {SpeechKind::Jumps, 5},    {SpeechKind::Glide, 6},
+                               {SpeechKind::Mixed, 7},    {SpeechKind::Sentence, 8}, {SpeechKind::Noise, 8}};
+    for (const auto& [kind, percent] : kCases) {
         RandomSource random(static_cast<std::uint64_t>(percent));
         SpeechSource source(kind);
         SideBySide stream;

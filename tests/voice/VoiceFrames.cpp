@@ -84,7 +84,8 @@ CodedBits EncodeFrame(const InformationBits& information) {
 
 int HarmonicsOfPitchCode(int pitchCode) {
     // 0.9254 of half the pitch period; the two lowest bits of the code do not count.
-    return static_cast<int>(60648.0 / 65536.0 * (pitchCode / 4 + 10));
+    const int halfPeriod = pitchCode / 4 + 10;
+    return static_cast<int>(60648.0 / 65536.0 * halfPeriod);
 }
 
 VoiceFields PlainFields(int pitchCode, int gainCode, int voicing) {
