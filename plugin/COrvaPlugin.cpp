@@ -374,13 +374,13 @@ void COrvaPlugin::SetDemodulationMode(std::int32_t mode) {
 
 void COrvaPlugin::SetAFFreqLow(std::int32_t hertz) {
     if (ChangeAudioFilter(afFreqLow, hertz)) {
-        ShowAudioFilter(); // once more: kept
+        ShowAudioFilter(); // a new edge gives the window the filter twice
     }
 }
 
 void COrvaPlugin::SetAFFreqHigh(std::int32_t hertz) {
     if (ChangeAudioFilter(afFreqHigh, hertz)) {
-        ShowAudioFilter(); // once more: kept
+        ShowAudioFilter(); // a new edge gives the window the filter twice
     }
 }
 
